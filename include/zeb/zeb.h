@@ -1,0 +1,15 @@
+/* Everything a C client of libzeb includes. */
+#ifndef ZEB_ZEB_H
+#define ZEB_ZEB_H
+
+#include "zeb/atom.h"
+#include "zeb/client.h"
+#include "zeb/error.h"
+#include "zeb/event.h"
+#include "zeb/exports.h"
+#include "zeb/frame.h"
+#include "zeb/memory.h"
+#include "zeb/memory_debug.h"
+#include "zeb/types.h"
+
+#endif
