@@ -23,13 +23,16 @@ struct ZEBString {
     ZEBObjFree freeThrough;  // of the host that the memory came from; null: the library's own
   };
 
-  [[nodiscard]] const char* text() const noexcept { return reinterpret_cast<const char*>(this + 1); }
+  [[nodiscard]] const char* text() const noexcept {
+    return reinterpret_cast<const char*>(this + 1);
+  }
 
   // Adds a reference unless the atom is dying.
   bool addReferenceIfAlive() noexcept {
     uint32_t count = references.load(std::memory_order_relaxed);
     while (count != 0) {
-      if (references.compare_exchange_weak(count, count + 1, std::memory_order_relaxed)) return true;
+      if (references.compare_exchange_weak(count, count + 1, std::memory_order_relaxed))
+        return true;
     }
     return false;
   }

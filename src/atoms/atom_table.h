@@ -1,8 +1,8 @@
 // The process-wide table of atoms.
 //
 // Found atoms are found without a lock (util/concurrent_table.h, base/read_section.h). New atoms
-// enter and dying ones leave under the table's lock. The 64 atoms made last are kept alive by a ring
-// of references, so that texts made and dropped repeatedly are not copied again each time.
+// enter and dying ones leave under the table's lock. The 64 atoms made last are kept alive by a
+// ring of references, so that texts made and dropped repeatedly are not copied again each time.
 //
 // States of the table: absent until the first make; present until its last user goes; then absent
 // again, for the next make to start afresh. Atoms that clients still hold when it goes become
