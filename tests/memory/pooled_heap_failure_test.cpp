@@ -147,6 +147,22 @@ TEST_F(PooledHeapFailure, DoesNotKeepASpareThatTheHostThrewAway) {
   expectUsable();
 }
 
+// The account fails the test when a block comes back twice.
+TEST_F(PooledHeapFailure, OffersNoSpareTwiceWhenGivingBackThrows) {
+  free(alloc(100));
+  free(alloc(70000));
+  pages.throwOnTakeBack(true);
+  for (int i = 0; i < 3; ++i) {
+    try {
+      heap.releasePages();
+    } catch (const HostThrew&) {
+    }
+  }
+  EXPECT_EQ(pages.takenBack(), 2u);
+  EXPECT_EQ(held(), 0u);
+  expectUsable();
+}
+
 // --- The allocator over it ---
 
 class PooledAllocatorFailure : public testing::Test {
