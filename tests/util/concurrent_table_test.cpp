@@ -253,6 +253,20 @@ TEST(ConcurrentTable, RemovesAnySubsetWhileItIsVisited) {
   }
 }
 
+// The second node has wrapped around to the first slot and is visited there; the removal of the
+// first brings it home to the last slot, which is looked at again.
+TEST(ConcurrentTable, VisitsANodeAgainThatARemovalBringsHome) {
+  OwnedTable owned(16);
+  Node nodes[]{{.hash = 15, .key = 1}, {.hash = 15, .key = 2}};
+  for (Node& node : nodes) owned.table.insert(&node);
+  std::vector<uint64_t> keys;
+  owned.table.forEach([&](Node* node) {
+    keys.push_back(node->key);
+    return node->key == 1 && owned.table.remove(node);
+  });
+  EXPECT_EQ(keys, (std::vector<uint64_t>{2, 1, 2}));
+}
+
 // --- Readers beside a writer ---
 
 constexpr uint64_t kPoison = 0xDEADDEADDEADDEAD;
