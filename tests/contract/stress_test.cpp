@@ -35,7 +35,7 @@ using Reports = ErrorReports<0>;
     ZEB_HAS_FEATURE(thread_sanitizer) || ZEB_HAS_FEATURE(address_sanitizer)
 constexpr int kScale = 1;
 #else
-constexpr int kScale = 20;
+constexpr int kScale = 10;
 #endif
 
 // Runs `body(index)` in `count` threads that begin together.
