@@ -12,7 +12,9 @@ namespace {
 
 namespace procs {
 
-ZEBString* NewStringAtom(const char* text) { return atoms::make(text != nullptr ? text : ""); }
+ZEBString* NewStringAtom(const char* text) {
+  return atoms::make(TextKey(text != nullptr ? text : ""));
+}
 void DeleteStringAtom(ZEBString* atom) noexcept { atoms::release(atom); }
 const char* GetCString(ZEBString* atom) noexcept {
   return atom != nullptr ? atom->text() : nullptr;

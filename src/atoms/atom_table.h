@@ -31,7 +31,8 @@ class AtomTable {
   AtomTable(const AtomTable&) = delete;
   AtomTable& operator=(const AtomTable&) = delete;
 
-  [[nodiscard]] ZEBString* make(const char* text);
+  [[nodiscard]] ZEBString* make(const TextKey& key);
+  void makeAll(std::span<const TextKey> keys, std::span<Ref> made);
   void removeDying(ZEBString* atom) noexcept ZEB_EXCLUDES(lock_);
   [[nodiscard]] bool isKnown(const TextKey& key) const noexcept;
 
@@ -71,7 +72,9 @@ class AtomTable {
 
   void createIfAbsent();
   [[nodiscard]] ZEBString* find(const TextKey& key) const noexcept;
+  ZEBString* makeAfter(Outcome outcome, const TextKey& key, ZEBString* atom);
   Outcome lookUnlocked(const TextKey& key, ZEBString*& atom) const noexcept;
+  Outcome lookInSection(const TextKey& key, ZEBString*& atom) const noexcept;
   Outcome look(const TextKey& key, Supplies& supplies, ZEBString*& atom) noexcept
       ZEB_EXCLUDES(lock_);
   Outcome lookLocked(const TextKey& key, Supplies& supplies, ZEBString*& atom) noexcept
@@ -88,7 +91,7 @@ class AtomTable {
   Table table_;  // searched without the lock, changed under it
   std::array<ZEBString*, kRingSize> ring_ ZEB_GUARDED_BY(lock_){};
   unsigned cursor_ ZEB_GUARDED_BY(lock_) = 0;
-  RetireList<ZEBString> retiredAtoms_ ZEB_GUARDED_BY(lock_);
+  RetireList<ZEBString, kRingSize> retiredAtoms_ ZEB_GUARDED_BY(lock_);
   RetireList<Array> retiredArrays_ ZEB_GUARDED_BY(lock_);
   ZEBString* permanent_ = nullptr;  // "."; held as long as the table is there
   int32_t users_ = 0;

@@ -12,13 +12,14 @@ constinit ProcTable table;
 
 // What a search without lock and references came to.
 struct Answer {
-  bool certain;  // false: some name is not an atom yet, or this thread cannot search so
+  bool certain;  // false: some name may not be an atom yet, or another thread is in the way
   ZEBProc proc;
 };
 
 Answer searchInSection(const ProcKey& key) noexcept {
-  if (const ProcEntry* entry = table.search(key)) return {true, entry->proc};
-  return {atoms::areKnown(key.names.data(), ProcKey::kNames), nullptr};
+  const auto found = table.search(key);
+  if (found.node != nullptr) return {true, found.node->proc};
+  return {found.certain && atoms::areKnown(key.names), nullptr};
 }
 
 Answer searchUnlocked(const ProcKey& key) noexcept {
@@ -30,8 +31,8 @@ Answer searchUnlocked(const ProcKey& key) noexcept {
 // Interns the names for the time of the look-up, as a look-up of an unknown name is seen to do.
 ZEBProc findByInterning(const ProcKey& key) noexcept {
   try {
-    const atoms::Ref names[] = {atoms::Ref(key.names[0].text), atoms::Ref(key.names[1].text),
-                                atoms::Ref(key.names[2].text)};
+    std::array<atoms::Ref, ProcKey::kNames> names;
+    atoms::makeAll(key.names, names);
     return table.findLocked(key);
   } catch (...) {
     return nullptr;
@@ -57,11 +58,10 @@ bool add(const char* interfaceName, const char* methodName, const char* procName
          ZEBProc proc) noexcept {
   try {
     const ProcKey key(TextKey(interfaceName), methodName, procName);
-    ObjectHolder<ProcEntry> entry(makeObject<ProcEntry>(ProcEntry{
-        .hash = key.hash,
-        .proc = proc,
-        .names = {atoms::Ref(interfaceName), atoms::Ref(methodName), atoms::Ref(procName)},
-        .nextRetired = nullptr}));
+    ObjectHolder<ProcEntry> entry(makeObject<ProcEntry>());
+    entry.get()->hash = key.hash;
+    entry.get()->proc = proc;
+    atoms::makeAll(key.names, entry.get()->names);
     if (!table.insert(key, entry.get())) return false;
     (void)entry.release();
     return true;

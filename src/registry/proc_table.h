@@ -2,6 +2,7 @@
 #ifndef ZEB_REGISTRY_PROC_TABLE_H
 #define ZEB_REGISTRY_PROC_TABLE_H
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -28,23 +29,25 @@ struct ProcKey {
 
   // How many of the names are texts: each of them is counted as an atom that is made.
   [[nodiscard]] unsigned texts() const noexcept {
-    return unsigned{names[0].text != nullptr} + unsigned{names[1].text != nullptr} +
-           unsigned{names[2].text != nullptr};
+    return static_cast<unsigned>(std::count_if(
+        names.begin(), names.end(), [](const TextKey& name) { return name.text != nullptr; }));
   }
 };
 
 // Made before it is inserted, never changed afterwards.
 struct ProcEntry {
-  uint64_t hash;
-  ZEBProc proc;
+  uint64_t hash = 0;
+  ZEBProc proc = nullptr;
   std::array<atoms::Ref, ProcKey::kNames> names;
-  ProcEntry* nextRetired;
+  ProcEntry* nextRetired = nullptr;
 
   [[nodiscard]] bool isFor(const ProcKey& key) const noexcept;
 };
 
 class ProcTable {
  public:
+  using Table = ConcurrentTable<ProcEntry>;
+
   constexpr ProcTable() noexcept = default;
   ProcTable(const ProcTable&) = delete;
   ProcTable& operator=(const ProcTable&) = delete;
@@ -52,8 +55,8 @@ class ProcTable {
   // False until the first insertion and after clear.
   [[nodiscard]] bool exists() const noexcept { return table_.exists(); }
 
-  // Inside a read section, or from under the lock.
-  [[nodiscard]] const ProcEntry* search(const ProcKey& key) const noexcept;
+  // Inside a read section.
+  [[nodiscard]] Table::Found search(const ProcKey& key) const noexcept;
 
   [[nodiscard]] ZEBProc findLocked(const ProcKey& key) noexcept ZEB_EXCLUDES(lock_);
 
@@ -66,7 +69,6 @@ class ProcTable {
   void forget() noexcept { (void)table_.release(); }
 
  private:
-  using Table = ConcurrentTable<ProcEntry>;
   using Array = Table::Array;
   enum class Outcome { inserted, taken, full };
 
