@@ -92,10 +92,9 @@ class WatchedMalloc {
   static inline std::uint64_t s_sinceArmed = 0;
   static inline bool s_failAllAfter = false;
 
-  void* const library_ = OpenLibrary();
-  ImportHook malloc_{library_, "malloc", reinterpret_cast<void*>(&Malloc)};
-  ImportHook free_{library_, "free", reinterpret_cast<void*>(&Free)};
-  ImportHook new_{library_, "_Znwm", reinterpret_cast<void*>(&New)};
+  ImportHook malloc_{Library().handle, "malloc", reinterpret_cast<void*>(&Malloc)};
+  ImportHook free_{Library().handle, "free", reinterpret_cast<void*>(&Free)};
+  ImportHook new_{Library().handle, "_Znwm", reinterpret_cast<void*>(&New)};
 };
 
 class DirectBlocks : public ::testing::Test {

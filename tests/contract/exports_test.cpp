@@ -58,7 +58,7 @@ std::vector<std::string> DefinedNames() {
 
 std::string Soname() {
   link_map* map = nullptr;
-  if (dlinfo(OpenLibrary(), RTLD_DI_LINKMAP, &map) != 0) return dlerror();
+  if (dlinfo(Library().handle, RTLD_DI_LINKMAP, &map) != 0) return dlerror();
   const char* texts = nullptr;
   ElfW(Xword) name = 0;
   for (const ElfW(Dyn)* entry = map->l_ld; entry->d_tag != DT_NULL; ++entry) {

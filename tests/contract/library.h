@@ -13,6 +13,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "contract/sanitizers.h"
 #include "zeb/zeb.h"
 
 namespace contract {
@@ -31,8 +32,8 @@ struct Exports {
   ZEBLockSmithAssertNoLocksImplFunction LockSmithAssertNoLocks;
 };
 
-inline void* OpenLibrary(int flags = RTLD_NOW | RTLD_LOCAL) {
-  void* library = dlopen(ZEB_LIBRARY_PATH, flags);
+inline void* OpenLibrary(int moreFlags = 0) {
+  void* library = dlopen(ZEB_LIBRARY_PATH, RTLD_NOW | RTLD_LOCAL | moreFlags);
   if (library == nullptr) throw std::runtime_error(dlerror());
   return library;
 }
@@ -71,10 +72,23 @@ inline Exports ExportsOf(void* library) {
   };
 }
 
-inline const Exports& exports() {
-  static const Exports loaded = ExportsOf(OpenLibrary());
-  return loaded;
+class LoadedLibrary {
+ public:
+  LoadedLibrary() = default;
+  ~LoadedLibrary() { dlclose(handle); }
+  LoadedLibrary(const LoadedLibrary&) = delete;
+  LoadedLibrary& operator=(const LoadedLibrary&) = delete;
+
+  void* const handle = OpenLibrary(kSanitized ? RTLD_NODELETE : 0);
+  const Exports exports = ExportsOf(handle);
+};
+
+inline const LoadedLibrary& Library() {
+  static const LoadedLibrary library;
+  return library;
 }
+
+inline const Exports& exports() { return Library().exports; }
 
 // The arguments of the fullest start; the defaults are those of the simplest.
 struct StartOptions {

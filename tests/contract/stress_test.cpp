@@ -17,6 +17,7 @@
 #include "contract/event_totals.h"
 #include "contract/host_memory.h"
 #include "contract/library.h"
+#include "contract/sanitizers.h"
 
 namespace contract {
 namespace {
@@ -26,17 +27,7 @@ using ::testing::IsEmpty;
 using Host = HostMemory<0>;
 using Reports = ErrorReports<0>;
 
-#if defined(__has_feature)
-#define ZEB_HAS_FEATURE(feature) __has_feature(feature)
-#else
-#define ZEB_HAS_FEATURE(feature) 0
-#endif
-#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__) || \
-    ZEB_HAS_FEATURE(thread_sanitizer) || ZEB_HAS_FEATURE(address_sanitizer)
-constexpr int kScale = 1;
-#else
-constexpr int kScale = 10;
-#endif
+constexpr int kScale = kSanitized ? 1 : 10;
 
 // Runs `body(index)` in `count` threads that begin together.
 template <class Body>
