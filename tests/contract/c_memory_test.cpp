@@ -194,7 +194,7 @@ class FailingMalloc : public ::testing::TestWithParam<bool> {
     EXPECT_THAT(Reports::Take(), IsEmpty());
     if (find == nullptr) {
       EXPECT_TRUE(failed);
-      return kPassed;
+      return kRefused;
     }
     if (failed) ExpectDegraded(find);
     Reports::Take();
@@ -244,14 +244,15 @@ INSTANTIATE_TEST_SUITE_P(Allocations, FailingMalloc, ::testing::Bool(), [](const
 TEST_P(FailingMalloc, FailsTheStartOrShowsInIt) {
   int degraded = 0;
   for (std::uint64_t nth = 1;; ++nth) {
-    const int status = StatusOfChild([=] { return TryStart(nth, GetParam()); });
-    if (EndedWith(status, kNeededFewer)) {
+    const ChildEnd end = RunInChild([=] { return TryStart(nth, GetParam()); });
+    if (end.answer == kNeededFewer) {
       EXPECT_GT(nth, 40u) << "a start makes at least the names of its procs";
       break;
     }
-    degraded += EndedWith(status, kDegraded) ? 1 : 0;
-    if (!EndedWith(status, kDegraded)) {
-      ASSERT_TRUE(child::Judge(status)) << "at malloc " << nth;
+    if (end.answer == kDegraded) {
+      ++degraded;
+    } else {
+      ASSERT_TRUE(end.passed()) << "at malloc " << nth;
     }
   }
   EXPECT_EQ(degraded > 0, !GetParam());

@@ -1,9 +1,10 @@
 // Runs part of a test in a child process, for what must not touch the process of the other tests:
 // failed starts, counts below zero, teardowns cut short.
 //
-// The body uses googletest's assertions; their messages appear in the test's output, and the parent
-// sees whether one failed. A child that crashes, or that hangs for a minute, fails as well. A body
-// may also answer an exit code, which the child ends with unless an assertion failed.
+// The body uses googletest's assertions, whose messages appear in the test's output. It answers the
+// parent through a pipe, because an exit code may be that of a tool which watches the child. A body
+// may answer a number of its own; a child that crashes, or that hangs for a minute, answers
+// nothing.
 #ifndef ZEB_TESTS_CONTRACT_CHILD_PROCESS_H
 #define ZEB_TESTS_CONTRACT_CHILD_PROCESS_H
 
@@ -20,70 +21,88 @@
 
 namespace contract {
 
+// What a child came to.
+struct ChildEnd {
+  static constexpr int kPassed = 0;
+  static constexpr int kFailed = 1;
+  static constexpr int kNoAnswer = -1;
+
+  int answer = kNoAnswer;
+  int status = 0;  // as waitpid tells it
+
+  ::testing::AssertionResult passed() const {
+    if (answer == kPassed) return ::testing::AssertionSuccess();
+    if (answer != kNoAnswer)
+      return ::testing::AssertionFailure() << "the child answered " << answer;
+    return ::testing::AssertionFailure()
+           << "the child did not come to its end: "
+           << (WIFSIGNALED(status) ? "signal " : "exit code ")
+           << (WIFSIGNALED(status) ? WTERMSIG(status) : WEXITSTATUS(status));
+  }
+};
+
 namespace child {
 
 constexpr unsigned kHangSeconds = 60;
-constexpr int kFailed = 1;
 
-// The exit code of a body that answers one of its own; 0 otherwise.
 template <class Body>
-int ExitCodeOf(Body& body) {
+int AnswerOf(Body& body) {
   if constexpr (std::is_void_v<std::invoke_result_t<Body&>>) {
     body();
-    return 0;
+    return ChildEnd::kPassed;
   } else {
     return body();
   }
 }
 
 template <class Body>
-[[noreturn]] void RunAndExit(Body& body) {
+[[noreturn]] void RunAndExit(Body& body, int answers) {
   alarm(kHangSeconds);
-  int exitCode = kFailed;
+  int answer = ChildEnd::kFailed;
   try {
-    exitCode = ExitCodeOf(body);
+    answer = AnswerOf(body);
   } catch (const std::exception& exception) {
     ADD_FAILURE() << "the child threw: " << exception.what();
   }
+  if (::testing::Test::HasFailure()) answer = ChildEnd::kFailed;
   std::fflush(nullptr);
-  _exit(::testing::Test::HasFailure() ? kFailed : exitCode);
-}
-
-inline ::testing::AssertionResult Judge(int status) {
-  if (WIFSIGNALED(status)) {
-    return ::testing::AssertionFailure() << "the child was ended by signal " << WTERMSIG(status);
-  }
-  if (WEXITSTATUS(status) == 0) return ::testing::AssertionSuccess();
-  return ::testing::AssertionFailure() << "the child failed, exit code " << WEXITSTATUS(status);
+  const bool told = write(answers, &answer, sizeof(answer)) == sizeof(answer);
+  _exit(told ? 0 : 1);
 }
 
 }  // namespace child
 
 template <class Body>
-int StatusOfChild(Body body) {
+ChildEnd RunInChild(Body body) {
+  int ends[2];
+  if (pipe(ends) != 0) throw std::runtime_error("no pipe");
   std::fflush(nullptr);
   const pid_t pid = fork();
-  if (pid == 0) child::RunAndExit(body);
-  int status = 0;
-  if (pid < 0 || waitpid(pid, &status, 0) != pid) throw std::runtime_error("no child process");
-  return status;
+  if (pid == 0) child::RunAndExit(body, ends[1]);
+  close(ends[1]);
+  ChildEnd end;
+  int answer = 0;
+  if (read(ends[0], &answer, sizeof(answer)) == sizeof(answer)) end.answer = answer;
+  close(ends[0]);
+  if (pid < 0 || waitpid(pid, &end.status, 0) != pid) throw std::runtime_error("no child process");
+  return end;
 }
 
 template <class Body>
 void ExpectPassesInChild(Body body) {
-  EXPECT_TRUE(child::Judge(StatusOfChild(body)));
+  EXPECT_TRUE(RunInChild(body).passed());
 }
 
 // The same in processes that have never loaded the library before.
 template <class Body>
-int StatusOfFreshChild(Body body) {
+ChildEnd RunInFreshChild(Body body) {
   EXPECT_FALSE(IsLoaded()) << "the test's own process has the library";
-  return StatusOfChild(body);
+  return RunInChild(body);
 }
 
 template <class Body>
 void ExpectPassesInFreshChild(Body body) {
-  EXPECT_TRUE(child::Judge(StatusOfFreshChild(body)));
+  EXPECT_TRUE(RunInFreshChild(body).passed());
 }
 
 }  // namespace contract

@@ -209,18 +209,18 @@ TEST_F(ThrowingAllocator, LetsAnUnknownInterfaceBeUnregistered) {
 TEST(ThrowingAllocatorAtTheStart, FailsTheStart) {
   std::uint64_t nth = 1;
   for (bool started = false; !started; ++nth) {
-    const int status = StatusOfChild([nth] {
+    const ChildEnd end = RunInChild([nth] {
       Host::FailAt(nth, true, true);
       ZEBGetProcAddress find = nullptr;
       EXPECT_NO_THROW(find = Start(Host::WithObjectProcs()));
       const bool threw = Host::StopFailing();
       EXPECT_EQ(find == nullptr, threw);
       EXPECT_EQ(exports().GetGetProcAddress(), find);
-      return threw ? kPassed : kNeededFewer;
+      return threw ? kRefused : kNeededFewer;
     });
-    started = EndedWith(status, kNeededFewer);
+    started = end.answer == kNeededFewer;
     if (!started) {
-      ASSERT_TRUE(child::Judge(status)) << "at allocation " << nth;
+      ASSERT_TRUE(end.passed()) << "at allocation " << nth;
     }
   }
   EXPECT_GT(nth, 40u);

@@ -109,10 +109,12 @@ TEST_F(Memory, KeepsWhatFitsWhenABlockIsResized) {
   }
 }
 
-constexpr std::uint64_t kImpossibleSizes[] = {UINT64_MAX,       UINT64_MAX - 1,    UINT64_MAX - 15,
-                                              UINT64_MAX - 16,  UINT64_MAX - 17,   UINT64_MAX - 32,
-                                              UINT64_MAX - 200, UINT64_MAX - 216,  UINT64_MAX - 217,
-                                              UINT64_MAX / 2,   UINT64_MAX / 2 + 1};
+// Sizes that no longer fit once a header is added to them, and sizes that are merely too large.
+// Those in between, which are negative numbers to a reader of malloc's argument, are left to
+// malloc.
+constexpr std::uint64_t kImpossibleSizes[] = {
+    UINT64_MAX,      UINT64_MAX - 1,   UINT64_MAX - 15,  UINT64_MAX - 16,  UINT64_MAX - 17,
+    UINT64_MAX - 32, UINT64_MAX - 200, UINT64_MAX - 215, INT64_MAX - 1000, INT64_MAX / 2};
 
 TEST_F(Memory, AnswersAnImpossibleSizeWithNull) {
   for (const std::uint64_t size : kImpossibleSizes) EXPECT_EQ(Alloc(size), nullptr) << size;

@@ -35,7 +35,7 @@ StartOutcome TryStart(std::uint64_t nth, bool andAllAfter) {
     EXPECT_EQ(Start(Host::WithObjectProcs()), nullptr);
     EXPECT_EQ(exports().GetGetProcAddress(), nullptr);
     EXPECT_EQ(Host::ForeignFrees(), 0u);
-    return kPassed;
+    return kRefused;
   }
   if (failed) ExpectDegraded(find);
   Reports::Take();
@@ -52,14 +52,15 @@ class FailingStart : public ::testing::Test {
   static int Sweep(bool andAllAfter) {
     int degraded = 0;
     for (std::uint64_t nth = 1;; ++nth) {
-      const int status = StatusOfFreshChild([=] { return TryStart(nth, andAllAfter); });
-      if (EndedWith(status, kNeededFewer)) {
+      const ChildEnd end = RunInFreshChild([=] { return TryStart(nth, andAllAfter); });
+      if (end.answer == kNeededFewer) {
         EXPECT_GT(nth, 40u) << "a start makes at least the names of its procs";
         return degraded;
       }
-      degraded += EndedWith(status, kDegraded) ? 1 : 0;
-      if (!EndedWith(status, kDegraded) && !EndedWith(status, kPassed)) {
-        ADD_FAILURE() << "at allocation " << nth << ": " << child::Judge(status).message();
+      if (end.answer == kDegraded) {
+        ++degraded;
+      } else if (!end.passed()) {
+        ADD_FAILURE() << "at allocation " << nth << ": " << end.passed().message();
         return degraded;
       }
     }

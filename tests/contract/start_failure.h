@@ -5,10 +5,10 @@
 #define ZEB_TESTS_CONTRACT_START_FAILURE_H
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
 #include <algorithm>
 
+#include "contract/child_process.h"
 #include "contract/event_totals.h"
 #include "contract/library.h"
 
@@ -16,12 +16,12 @@ namespace contract {
 
 inline constexpr std::size_t kLibraryCounterCount = 20;
 
-// How a child that tries one start tells its parent what came of it.
-enum StartOutcome : int { kPassed = 0, kFailedAssertion = 1, kNeededFewer = 2, kDegraded = 3 };
-
-inline bool EndedWith(int status, StartOutcome outcome) {
-  return WIFEXITED(status) && WEXITSTATUS(status) == outcome;
-}
+// What a child that tries one start answers its parent.
+enum StartOutcome : int {
+  kRefused = ChildEnd::kPassed,  // null, as it should be
+  kNeededFewer = 2,              // no allocation failed any more
+  kDegraded = 3,                 // started although one failed
+};
 
 inline std::int64_t StandardErrorsOf(const Procs& zeb) {
   const std::int32_t ids[] = {0, 1, 2, 3};

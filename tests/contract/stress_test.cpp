@@ -27,7 +27,7 @@ using ::testing::IsEmpty;
 using Host = HostMemory<0>;
 using Reports = ErrorReports<0>;
 
-constexpr int kScale = kSanitized ? 1 : 10;
+constexpr int kScale = kSanitized ? 1 : 5;
 
 // Runs `body(index)` in `count` threads that begin together.
 template <class Body>
