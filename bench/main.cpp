@@ -1,0 +1,110 @@
+// zeb_bench: libzeb against its peers, all in one process run. README.md tells what the rows mean.
+//
+// Exits 0 also when a goal is missed, the table says so; not 0 when somebody answered wrongly or
+// the run itself failed.
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <latch>
+#include <regex>
+#include <thread>
+
+#include "library.h"
+#include "report.h"
+#include "rows.h"
+
+namespace {
+
+using namespace zeb::bench;
+
+// Beside the program, which stands in the build folder.
+std::string DefaultJsonPath() {
+  return std::filesystem::read_symlink("/proc/self/exe").parent_path() / "results.json";
+}
+
+struct Arguments {
+  RunOptions run;
+  std::string json = DefaultJsonPath();
+  std::string library = BENCH_LIBRARY;
+};
+
+// A process that never had a second thread gets cheaper locks and reference counts from the C and
+// C++ libraries. A host of libzeb has several threads; so one is here from the start to the end,
+// and neither we nor the peers profit from a shortcut that no host sees.
+class SecondThread {
+ public:
+  SecondThread() : thread_([this] { end_.wait(); }) {
+    std::thread([] {}).join();
+  }
+  ~SecondThread() {
+    end_.count_down();
+    thread_.join();
+  }
+
+ private:
+  std::latch end_{1};
+  std::thread thread_;
+};
+
+Rows AllRows() {
+  Rows rows;
+  AddLookupRows(rows);
+  AddAtomRows(rows);
+  AddErrorRows(rows);
+  AddMemoryRows(rows);
+  AddPoolRows(rows);
+  AddEventRows(rows);
+  AddLifecycleRows(rows);
+  return rows;
+}
+
+void LeaveOutWhatNeedsMoreCpus(Rows& rows) {
+  const int cpus = UsableCpus();
+  const size_t left = std::erase_if(rows, [cpus](const Row& row) { return row.threads > cpus; });
+  if (left) fmt::print("{} rows are left out: they need more than the {} CPU here.\n", left, cpus);
+}
+
+void Run(Arguments& arguments) {
+  const SecondThread second;
+  LoadLibrary(arguments.library);
+  Rows rows = AllRows();
+  LeaveOutWhatNeedsMoreCpus(rows);
+
+  TablePrinter table(!arguments.run.quick);
+  std::vector<Result> results;
+  table.PrintHead(arguments.run.repetitions);
+  RunRows(std::move(rows), arguments.run, [&](const Result& result) {
+    table.Print(result);
+    results.push_back(result);
+  });
+  Check(!results.empty(), "no row fits the filter");
+  table.PrintSummary();
+  WriteJson(arguments.json, results);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  Arguments arguments;
+  CLI::App app("Times libzeb against its peers.");
+  app.add_option("--filter", arguments.run.filter,
+                 "Only rows whose \"area/case\" this regular expression finds");
+  app.add_flag("--quick", arguments.run.quick, "A short smoke run of all rows, without verdicts");
+  app.add_option("--repetitions", arguments.run.repetitions,
+                 "Repetitions of each side; at least 5 make a median worth its name")
+      ->check(CLI::PositiveNumber);
+  app.add_option("--json", arguments.json, "Where the results go")->capture_default_str();
+  app.add_option("--library", arguments.library, "The libzeb.so.4 to measure")
+      ->capture_default_str();
+  CLI11_PARSE(app, argc, argv);
+
+  arguments.run.minimumTime = arguments.run.quick ? 0.0001 : 0.1;
+  if (arguments.run.quick && !app.count("--repetitions")) arguments.run.repetitions = 1;
+  try {
+    Run(arguments);
+  } catch (const std::exception& error) {
+    fmt::print(stderr, "zeb_bench: {}\n", error.what());
+    return 1;
+  }
+}
