@@ -1,0 +1,212 @@
+#include "atoms/atom_table.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "base/checked_size.h"
+#include "base/library_counters.h"
+#include "platform/sleep.h"
+
+namespace zeb::atoms {
+
+namespace {
+
+constexpr uint64_t kFirstCapacity = 1024;
+constexpr const char* kPermanentText = ".";
+
+// A big-endian UTF-16 text ends with a 16-bit zero of its own, whatever its zero bytes say.
+constexpr uint64_t kWideZeroBytes = 2;
+bool startsAsWideText(const TextKey& key) noexcept {
+  return key.length >= 2 && std::memcmp(key.text, "\xFE\xFF", 2) == 0;
+}
+
+uint64_t textBytes(const TextKey& key) {
+  const uint64_t withZero = sumOfSizes(key.length, 1);
+  return startsAsWideText(key) ? sumOfSizes(withZero, kWideZeroBytes) : withZero;
+}
+
+ObjectMemory allocAtom(const TextKey& key) {
+  return ObjectMemory(sumOfSizes(sizeof(ZEBString), textBytes(key)));
+}
+
+// One reference for the maker and one for the ring.
+ZEBString* constructAtom(void* memory, const TextKey& key) noexcept {
+  auto* atom = new (memory) ZEBString{.hash = key.hash,
+                                      .length = key.length,
+                                      .references = 2,
+                                      .orphan = false,
+                                      .nextRetired = nullptr};
+  char* text = reinterpret_cast<char*>(atom + 1);
+  std::memcpy(text, key.text, key.length);
+  std::memset(text + key.length, 0, startsAsWideText(key) ? 1 + kWideZeroBytes : 1);
+  return atom;
+}
+
+}  // namespace
+
+AtomTable::Leftovers::~Leftovers() {
+  disposeRetired(atoms, [](ZEBString* atom) { freeObject(atom); });
+  disposeRetired(arrays, [](Array* array) { freeObject(array); });
+}
+
+// Each round of the loop either ends, or learns what memory is missing, or finds an atom whose last
+// release is under way: then it gives the releasing thread time, a little more in each round.
+ZEBString* AtomTable::make(const char* text) {
+  if (text == nullptr) return nullptr;
+  const TextKey key(text);
+  Supplies supplies;
+  ZEBString* atom = nullptr;
+  unsigned naps = 0;
+  bool countedAbsence = false;
+  for (Outcome outcome = lookUnlocked(key, atom);; outcome = look(key, supplies, atom)) {
+    switch (outcome) {
+      case Outcome::found:
+        counters::atomFound.signal();
+        return atom;
+      case Outcome::inserted:
+        return atom;
+      case Outcome::absent:
+        if (!countedAbsence) counters::atomAllocated.signal();
+        countedAbsence = true;
+        createIfAbsent();
+        supplies.atom = allocAtom(key);
+        break;
+      case Outcome::full:
+        supplies.array = ObjectMemory(Array::bytesFor(supplies.arrayCapacity));
+        break;
+      case Outcome::dying:
+        sleepMilliseconds(naps++);
+        break;
+      case Outcome::unsure:
+        break;
+    }
+  }
+}
+
+// An absence that is seen here may be a moment's; insertion looks again under the lock.
+AtomTable::Outcome AtomTable::lookUnlocked(const TextKey& key, ZEBString*& atom) const noexcept {
+  const ReadSection section;
+  if (!section.entered()) return Outcome::unsure;
+  atom = find(key);
+  if (atom == nullptr) return Outcome::absent;
+  return atom->addReferenceIfAlive() ? Outcome::found : Outcome::dying;
+}
+
+AtomTable::Outcome AtomTable::look(const TextKey& key, Supplies& supplies,
+                                   ZEBString*& atom) noexcept {
+  Leftovers leftovers;  // freed after the guard is gone
+  const SpinGuard guard(lock_);
+  const Outcome outcome = lookLocked(key, supplies, atom);
+  collectLocked(leftovers);
+  return outcome;
+}
+
+AtomTable::Outcome AtomTable::lookLocked(const TextKey& key, Supplies& supplies,
+                                         ZEBString*& atom) noexcept {
+  atom = find(key);
+  if (atom != nullptr) return atom->addReferenceIfAlive() ? Outcome::found : Outcome::dying;
+  if (!supplies.atom) return Outcome::absent;
+  if (!table_.hasRoom()) {
+    const uint64_t wanted = std::max(table_.capacity() * 2, kFirstCapacity);
+    if (!supplies.array || supplies.arrayCapacity < wanted) {
+      supplies.arrayCapacity = wanted;
+      return Outcome::full;
+    }
+    adoptArrayLocked(supplies);
+  }
+  atom = constructAtom(supplies.atom.release(), key);
+  insertLocked(atom);
+  return Outcome::inserted;
+}
+
+// Makes the table with its permanent atom. Both are there or none.
+void AtomTable::createIfAbsent() {
+  if (table_.exists()) return;
+  const TextKey key(kPermanentText);
+  Supplies supplies{allocAtom(key), ObjectMemory(Array::bytesFor(kFirstCapacity)), kFirstCapacity};
+  const SpinGuard guard(lock_);
+  if (table_.exists()) return;
+  adoptArrayLocked(supplies);
+  permanent_ = constructAtom(supplies.atom.release(), key);
+  insertLocked(permanent_);
+  ++users_;
+}
+
+void AtomTable::adoptArrayLocked(Supplies& supplies) noexcept {
+  Array* fresh = Array::construct(supplies.array.release(), supplies.arrayCapacity);
+  if (Array* old = table_.adopt(fresh)) retiredArrays_.add(old);
+}
+
+// A new atom has two references: its maker's and the ring's.
+void AtomTable::insertLocked(ZEBString* atom) noexcept {
+  table_.insert(atom);
+  ZEBString* oldest = ring_[cursor_];
+  ring_[cursor_] = atom;
+  cursor_ = (cursor_ + 1) % kRingSize;
+  if (oldest != nullptr) dropReferenceLocked(oldest);
+}
+
+void AtomTable::dropReferenceLocked(ZEBString* atom) noexcept {
+  if (atom->references.fetch_sub(1, std::memory_order_acq_rel) == 1) removeLocked(atom);
+}
+
+void AtomTable::removeLocked(ZEBString* atom) noexcept {
+  if (table_.remove(atom)) retiredAtoms_.add(atom);
+}
+
+void AtomTable::removeDying(ZEBString* atom) noexcept {
+  Leftovers leftovers;
+  const SpinGuard guard(lock_);
+  removeLocked(atom);
+  collectLocked(leftovers);
+}
+
+void AtomTable::collectLocked(Leftovers& leftovers) noexcept {
+  leftovers.atoms = retiredAtoms_.takeUnseen();
+  leftovers.arrays = retiredArrays_.takeUnseen();
+}
+
+bool AtomTable::isKnown(const TextKey& key) const noexcept {
+  const ZEBString* atom = find(key);
+  return atom != nullptr && atom->references.load(std::memory_order_relaxed) != 0;
+}
+
+ZEBString* AtomTable::find(const TextKey& key) const noexcept {
+  return table_.find(key.hash,
+                     [&](const ZEBString& it) { return key.equals(it.text(), it.length); });
+}
+
+void AtomTable::dropUser() noexcept {
+  if (--users_ == 0) tearDown();
+}
+
+void AtomTable::tearDown() noexcept {
+  bool leaked = false;
+  {
+    Leftovers leftovers;
+    const SpinGuard guard(lock_);
+    if (permanent_ != nullptr) dropReferenceLocked(permanent_);
+    permanent_ = nullptr;
+    for (ZEBString*& recent : ring_) {
+      if (recent != nullptr) dropReferenceLocked(recent);
+      recent = nullptr;
+    }
+    cursor_ = 0;
+    leaked = orphanTheRestLocked();
+    if (Array* array = table_.release()) retiredArrays_.add(array);
+    leftovers.atoms = retiredAtoms_.takeAll();
+    leftovers.arrays = retiredArrays_.takeAll();
+  }
+  if (leaked) reportToHost("string memory leak");
+}
+
+bool AtomTable::orphanTheRestLocked() noexcept {
+  table_.forEach([](ZEBString* atom) {
+    atom->orphan = true;
+    atom->freeThrough = hostState.objects.free;
+    return false;
+  });
+  return table_.count() != 0;
+}
+
+}  // namespace zeb::atoms

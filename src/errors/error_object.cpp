@@ -1,0 +1,45 @@
+#include "errors/error_object.h"
+
+#include "memory/object_memory.h"
+
+namespace zeb::errors {
+
+namespace {
+
+void destroy(ZEBErrorObject* error) noexcept {
+  if (error->infoDelete != nullptr) {
+    try {
+      error->infoDelete(error->info);
+    } catch (...) {  // the data is the client's loss; the error goes all the same
+    }
+  }
+  destroyObject(error);
+}
+
+}  // namespace
+
+ZEBErrorObject* make(const char* message, const char* component, int32_t id) {
+  atoms::Ref componentAtom(component);
+  atoms::Ref messageAtom(message);
+  auto* error = makeObject<ZEBErrorObject>();
+  error->id = id;
+  error->message = std::move(messageAtom);
+  error->component = std::move(componentAtom);
+  return error;
+}
+
+void addReference(ZEBErrorObject* error) noexcept {
+  if (error != nullptr) error->references.fetch_add(1, std::memory_order_relaxed);
+}
+
+void release(ZEBErrorObject* error) noexcept {
+  if (error == nullptr) return;
+  // The only holder needs no atomic subtraction: nobody else can add a reference any more.
+  if (error->references.load(std::memory_order_acquire) != 1 &&
+      error->references.fetch_sub(1, std::memory_order_acq_rel) != 1) {
+    return;
+  }
+  destroy(error);
+}
+
+}  // namespace zeb::errors

@@ -1,0 +1,103 @@
+#include "registry/proc_registry.h"
+
+#include "base/host_state.h"
+#include "base/library_counters.h"
+#include "registry/proc_table.h"
+
+namespace zeb::registry {
+
+namespace {
+
+constinit ProcTable table;
+
+// What a search without lock and references came to.
+struct Answer {
+  bool certain;  // false: some name is not an atom yet, or this thread cannot search so
+  ZEBProc proc;
+};
+
+Answer searchInSection(const ProcKey& key) noexcept {
+  if (const ProcEntry* entry = table.search(key)) return {true, entry->proc};
+  return {atoms::areKnown(key.names.data(), ProcKey::kNames), nullptr};
+}
+
+Answer searchUnlocked(const ProcKey& key) noexcept {
+  const ReadSection section;
+  if (!section.entered()) return {false, nullptr};
+  return searchInSection(key);
+}
+
+// Interns the names for the time of the look-up, as a look-up of an unknown name is seen to do.
+ZEBProc findByInterning(const ProcKey& key) noexcept {
+  try {
+    const atoms::Ref names[] = {atoms::Ref(key.names[0].text), atoms::Ref(key.names[1].text),
+                                atoms::Ref(key.names[2].text)};
+    return table.findLocked(key);
+  } catch (...) {
+    return nullptr;
+  }
+}
+
+ZEBProc findKey(const ProcKey& key) noexcept {
+  // Without a table nothing is registered, and nothing must be left behind by asking.
+  if (!table.exists()) return nullptr;
+  const Answer answer = searchUnlocked(key);
+  if (!answer.certain) return findByInterning(key);
+  counters::atomFound.signal(key.texts());
+  return answer.proc;
+}
+
+}  // namespace
+
+ZEBProc find(const char* interfaceName, const char* methodName, const char* procName) noexcept {
+  return findKey(ProcKey(TextKey(interfaceName), methodName, procName));
+}
+
+bool add(const char* interfaceName, const char* methodName, const char* procName,
+         ZEBProc proc) noexcept {
+  try {
+    const ProcKey key(TextKey(interfaceName), methodName, procName);
+    ObjectHolder<ProcEntry> entry(makeObject<ProcEntry>(ProcEntry{
+        .hash = key.hash,
+        .proc = proc,
+        .names = {atoms::Ref(interfaceName), atoms::Ref(methodName), atoms::Ref(procName)},
+        .nextRetired = nullptr}));
+    if (!table.insert(key, entry.get())) return false;
+    (void)entry.release();
+    return true;
+  } catch (...) {
+    return false;
+  }
+}
+
+void removeInterface(const char* interfaceName) noexcept {
+  moveUnregisterCount();
+  try {
+    const atoms::Ref name(interfaceName);
+    table.removeInterface(name.get());
+  } catch (...) {  // no memory to intern a name means that nothing is registered under it
+  }
+}
+
+bool addAll(std::span<const ZEBProcTableEntry> entries, const char* interfaceName) noexcept {
+  for (const ZEBProcTableEntry& entry : entries) {
+    if (!add(interfaceName, entry.methodName, entry.procName, entry.proc)) return false;
+  }
+  return true;
+}
+
+// One read section serves a run of requests; only a name that is not an atom yet interrupts it.
+bool findAll(std::span<const ZEBProcRequest> requests, const char* interfaceName,
+             ZEBProc* procs) noexcept {
+  const TextKey interfaceKey(interfaceName);
+  for (size_t i = 0; i < requests.size(); ++i) {
+    procs[i] = findKey(ProcKey(interfaceKey, requests[i].methodName, requests[i].procName));
+    if (procs[i] == nullptr) return false;
+  }
+  return true;
+}
+
+void removeEverything() noexcept { table.clear(); }
+void forgetEverything() noexcept { table.forget(); }
+
+}  // namespace zeb::registry

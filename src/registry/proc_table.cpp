@@ -1,0 +1,95 @@
+#include "registry/proc_table.h"
+
+#include <algorithm>
+
+namespace zeb::registry {
+
+namespace {
+
+constexpr uint64_t kFirstCapacity = 1024;
+
+bool sameName(const ZEBString* atom, const TextKey& key) noexcept {
+  if (atom == nullptr || key.text == nullptr) return atom == nullptr && key.text == nullptr;
+  return key.equals(atom->text(), atom->length);
+}
+
+}  // namespace
+
+bool ProcEntry::isFor(const ProcKey& key) const noexcept {
+  // The proc name differs most often between entries of one hash run, so it is compared first.
+  return sameName(names[2].get(), key.names[2]) && sameName(names[1].get(), key.names[1]) &&
+         sameName(names[0].get(), key.names[0]);
+}
+
+ProcTable::Leftovers::~Leftovers() {
+  disposeRetired(entries, [](ProcEntry* entry) { destroyObject(entry); });
+  disposeRetired(arrays, [](Array* array) { freeObject(array); });
+}
+
+const ProcEntry* ProcTable::search(const ProcKey& key) const noexcept {
+  return table_.find(key.hash, [&](const ProcEntry& entry) { return entry.isFor(key); });
+}
+
+ZEBProc ProcTable::findLocked(const ProcKey& key) noexcept {
+  const SpinGuard guard(lock_);
+  const ProcEntry* entry = search(key);
+  return entry != nullptr ? entry->proc : nullptr;
+}
+
+bool ProcTable::insert(const ProcKey& key, ProcEntry* entry) {
+  ObjectMemory array;
+  uint64_t arrayCapacity = 0;
+  Outcome outcome = tryInsert(key, entry, array, arrayCapacity);
+  while (outcome == Outcome::full) {
+    array = ObjectMemory(Array::bytesFor(arrayCapacity));
+    outcome = tryInsert(key, entry, array, arrayCapacity);
+  }
+  return outcome == Outcome::inserted;
+}
+
+ProcTable::Outcome ProcTable::tryInsert(const ProcKey& key, ProcEntry* entry, ObjectMemory& array,
+                                        uint64_t& arrayCapacity) noexcept {
+  Leftovers leftovers;  // freed after the guard is gone
+  const SpinGuard guard(lock_);
+  if (search(key) != nullptr) return Outcome::taken;
+  if (!table_.hasRoom()) {
+    const uint64_t wanted = std::max(table_.capacity() * 2, kFirstCapacity);
+    if (!array || arrayCapacity < wanted) {
+      arrayCapacity = wanted;
+      return Outcome::full;
+    }
+    if (Array* old = table_.adopt(Array::construct(array.release(), arrayCapacity))) {
+      retiredArrays_.add(old);
+    }
+  }
+  table_.insert(entry);
+  leftovers.arrays = retiredArrays_.takeUnseen();
+  return Outcome::inserted;
+}
+
+void ProcTable::removeInterface(const ZEBString* interfaceName) noexcept {
+  Leftovers leftovers;
+  const SpinGuard guard(lock_);
+  table_.forEach([&](ProcEntry* entry) ZEB_NO_THREAD_SAFETY_ANALYSIS {  // called right here
+    if (entry->names[0].get() != interfaceName) return false;
+    table_.remove(entry);
+    retiredEntries_.add(entry);
+    return true;
+  });
+  leftovers.entries = retiredEntries_.takeUnseen();
+  leftovers.arrays = retiredArrays_.takeUnseen();
+}
+
+void ProcTable::clear() noexcept {
+  Leftovers leftovers;
+  const SpinGuard guard(lock_);
+  table_.forEach([&](ProcEntry* entry) ZEB_NO_THREAD_SAFETY_ANALYSIS {  // called right here
+    retiredEntries_.add(entry);
+    return false;
+  });
+  if (Array* array = table_.release()) retiredArrays_.add(array);
+  leftovers.entries = retiredEntries_.takeAll();
+  leftovers.arrays = retiredArrays_.takeAll();
+}
+
+}  // namespace zeb::registry

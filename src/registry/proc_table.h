@@ -1,0 +1,94 @@
+// The table behind the registry's operations. See proc_registry.h.
+#ifndef ZEB_REGISTRY_PROC_TABLE_H
+#define ZEB_REGISTRY_PROC_TABLE_H
+
+#include <array>
+#include <cstdint>
+
+#include "atoms/atom.h"
+#include "base/read_section.h"
+#include "memory/object_memory.h"
+#include "platform/spin_lock.h"
+#include "util/concurrent_table.h"
+#include "util/text_key.h"
+#include "zeb/types.h"
+
+namespace zeb::registry {
+
+// Three names and their common hash.
+struct ProcKey {
+  static constexpr unsigned kNames = 3;
+  std::array<TextKey, kNames> names;
+  uint64_t hash;
+
+  ProcKey(const TextKey& interfaceName, const char* methodName, const char* procName) noexcept
+      : names{interfaceName, TextKey(methodName), TextKey(procName)},
+        hash(text_hash::fold(names[0].hash ^ (names[1].hash * text_hash::kFactor),
+                             names[2].hash ^ text_hash::kSeed)) {}
+
+  // How many of the names are texts: each of them is counted as an atom that is made.
+  [[nodiscard]] unsigned texts() const noexcept {
+    return unsigned{names[0].text != nullptr} + unsigned{names[1].text != nullptr} +
+           unsigned{names[2].text != nullptr};
+  }
+};
+
+// Made before it is inserted, never changed afterwards.
+struct ProcEntry {
+  uint64_t hash;
+  ZEBProc proc;
+  std::array<atoms::Ref, ProcKey::kNames> names;
+  ProcEntry* nextRetired;
+
+  [[nodiscard]] bool isFor(const ProcKey& key) const noexcept;
+};
+
+class ProcTable {
+ public:
+  constexpr ProcTable() noexcept = default;
+  ProcTable(const ProcTable&) = delete;
+  ProcTable& operator=(const ProcTable&) = delete;
+
+  // False until the first insertion and after clear.
+  [[nodiscard]] bool exists() const noexcept { return table_.exists(); }
+
+  // Inside a read section, or from under the lock.
+  [[nodiscard]] const ProcEntry* search(const ProcKey& key) const noexcept;
+
+  [[nodiscard]] ZEBProc findLocked(const ProcKey& key) noexcept ZEB_EXCLUDES(lock_);
+
+  // Takes the entry over when it is inserted; false when its names are taken. Raises what
+  // allocation raises.
+  bool insert(const ProcKey& key, ProcEntry* entry) ZEB_EXCLUDES(lock_);
+
+  void removeInterface(const ZEBString* interfaceName) noexcept ZEB_EXCLUDES(lock_);
+  void clear() noexcept ZEB_EXCLUDES(lock_);
+  void forget() noexcept { (void)table_.release(); }
+
+ private:
+  using Table = ConcurrentTable<ProcEntry>;
+  using Array = Table::Array;
+  enum class Outcome { inserted, taken, full };
+
+  // What is to be freed after the lock.
+  struct Leftovers {
+    ProcEntry* entries = nullptr;
+    Array* arrays = nullptr;
+    Leftovers() noexcept = default;
+    Leftovers(const Leftovers&) = delete;
+    Leftovers& operator=(const Leftovers&) = delete;
+    ~Leftovers();
+  };
+
+  Outcome tryInsert(const ProcKey& key, ProcEntry* entry, ObjectMemory& array,
+                    uint64_t& arrayCapacity) noexcept ZEB_EXCLUDES(lock_);
+
+  SpinLock lock_{50};
+  Table table_;  // searched without the lock, changed under it
+  RetireList<ProcEntry> retiredEntries_ ZEB_GUARDED_BY(lock_);
+  RetireList<Array> retiredArrays_ ZEB_GUARDED_BY(lock_);
+};
+
+}  // namespace zeb::registry
+
+#endif
