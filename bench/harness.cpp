@@ -67,7 +67,13 @@ void Configure(const RunOptions& options) {
 }
 
 void Register(const Row& row, const Side& side) {
-  benchmark::RegisterBenchmark(side.name.c_str(), side.body)->Threads(row.threads)->UseRealTime();
+  auto* registered = benchmark::RegisterBenchmark(side.name.c_str(), side.body);
+  registered->Threads(row.threads);
+  if (row.manualTime) {
+    registered->UseManualTime();
+  } else {
+    registered->UseRealTime();
+  }
 }
 
 Result RunRow(const Row& row) {

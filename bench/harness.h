@@ -42,6 +42,7 @@ struct Row {
   int threads = 1;
   std::string unit = "ns";  // "ns" or "us"
   int operations = 1;       // how many operations one turn of a side does
+  bool manualTime = false;  // the sides tell each turn's time themselves
   std::optional<Goal> goal = {};
   std::function<void()> prepare =
       {};                         // untimed: makes what the sides need and checks their answers

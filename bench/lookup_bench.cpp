@@ -311,7 +311,7 @@ class LinkedRegistry {
             "a proc cannot be registered");
     for (size_t i = 0; i < bulkCount; ++i) {
       methods_[i] = nameRows[i].method;
-      procs_[i] = "BenchBulk" + methods_[i] + "Proc";
+      procs_[i] = std::string("Bulk") + nameRows[i].proc;
       requests_[i] = {methods_[i].c_str(), procs_[i].c_str()};
       const ZEBProcTableEntry entry{nameRows[i].method, procs_[i].c_str(), SomeFunction};
       Check(registry::addAll({&entry, 1}, bulkInterface), "a proc cannot be registered");

@@ -39,7 +39,7 @@ std::string Peers(const Result& result) {
   return list;
 }
 
-constexpr const char* layout = "{:<58} {:>4} {:>8} {:>17} {:>8} {:>6} {:>8} {:<6} {}\n";
+constexpr const char* layout = "{:<68} {:>4} {:>8} {:>17} {:>8} {:>6} {:>8} {:<6} {}\n";
 
 std::string Quoted(std::string_view text) {
   std::string quoted = "\"";
