@@ -133,7 +133,8 @@ void RunRows(Rows rows, const RunOptions& options,
   std::erase_if(
       rows, [&](const Row& row) { return !std::regex_search(row.area + "/" + row.name, filter); });
   for (Row& slot : rows) {
-    const Row row = std::exchange(slot, Row{});
+    Row row = std::exchange(slot, Row{});
+    if (options.alone) row.peers.clear();
     report(RunRow(row));
   }
 }

@@ -58,6 +58,7 @@ struct RunOptions {
   int repetitions = 7;     // of each side; the median counts
   double minimumTime = 0;  // seconds per repetition
   bool quick = false;      // a smoke run: times are printed, nothing is judged
+  bool alone = false;      // without the peers, for a profiler to look at ours
 };
 
 // The outcome of one side.

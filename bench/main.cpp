@@ -91,6 +91,7 @@ int main(int argc, char** argv) {
   app.add_option("--filter", arguments.run.filter,
                  "Only rows whose \"area/case\" this regular expression finds");
   app.add_flag("--quick", arguments.run.quick, "A short smoke run of all rows, without verdicts");
+  app.add_flag("--alone", arguments.run.alone, "Without the peers, for a profiler to look at ours");
   app.add_option("--repetitions", arguments.run.repetitions,
                  "Repetitions of each side; at least 5 make a median worth its name")
       ->check(CLI::PositiveNumber);
@@ -99,7 +100,7 @@ int main(int argc, char** argv) {
       ->capture_default_str();
   CLI11_PARSE(app, argc, argv);
 
-  arguments.run.minimumTime = arguments.run.quick ? 0.0001 : 0.1;
+  arguments.run.minimumTime = arguments.run.quick ? 0.0001 : 0.05;
   if (arguments.run.quick && !app.count("--repetitions")) arguments.run.repetitions = 1;
   try {
     Run(arguments);
