@@ -37,10 +37,10 @@ typedef const char *(*ZEBGetCStringProc)(ZEBString *atom);
 /* Adds a reference; null is ignored. [any-thread] */
 typedef void (*ZEBAddRefStringAtomProc)(ZEBString *atom);
 
-#define ZEB_STRING_PROCS(X)                                        \
-  X(NewStringAtom, NewStringAtom, ZEBNewStringAtomProc)            \
-  X(DeleteStringAtom, DeleteStringAtom, ZEBDeleteStringAtomProc)   \
-  X(GetCString, GetCString, ZEBGetCStringProc)                     \
+#define ZEB_STRING_PROCS(X)                                      \
+  X(NewStringAtom, NewStringAtom, ZEBNewStringAtomProc)          \
+  X(DeleteStringAtom, DeleteStringAtom, ZEBDeleteStringAtomProc) \
+  X(GetCString, GetCString, ZEBGetCStringProc)                   \
   X(AddRef, AddRef, ZEBAddRefStringAtomProc)
 
 typedef struct ZEBStringProcs {

@@ -33,14 +33,14 @@ static inline int32_t ZEBFetchProcs(ZEBGetProcAddress getProcAddress, const char
  * Defines `int32_t name(ZEBGetProcAddress, struct *out)`, which fills the typed struct of an
  * interface's procs. It returns 1 when every proc was found, else 0 with `*out` untouched.
  */
-#define ZEB_DEFINE_FETCH(name, procsStruct, interfaceName, rows)                                \
-  static inline int32_t name(ZEBGetProcAddress getProcAddress, procsStruct *out) {              \
-    static const ZEBProcRequest requests[] = {rows(ZEB_PROC_REQUEST)};                          \
-    ZEBProc procs[sizeof(requests) / sizeof(requests[0])];                                      \
-    const size_t count = sizeof(requests) / sizeof(requests[0]);                                \
-    if (!ZEBFetchProcs(getProcAddress, interfaceName, requests, count, procs)) return 0;        \
-    memcpy(out, procs, sizeof(procs));                                                          \
-    return 1;                                                                                   \
+#define ZEB_DEFINE_FETCH(name, procsStruct, interfaceName, rows)                         \
+  static inline int32_t name(ZEBGetProcAddress getProcAddress, procsStruct *out) {       \
+    static const ZEBProcRequest requests[] = {rows(ZEB_PROC_REQUEST)};                   \
+    ZEBProc procs[sizeof(requests) / sizeof(requests[0])];                               \
+    const size_t count = sizeof(requests) / sizeof(requests[0]);                         \
+    if (!ZEBFetchProcs(getProcAddress, interfaceName, requests, count, procs)) return 0; \
+    memcpy(out, procs, sizeof(procs));                                                   \
+    return 1;                                                                            \
   }
 
 #ifdef __cplusplus

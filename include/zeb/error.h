@@ -37,7 +37,8 @@ extern "C" {
  *                     infoDelete is never called.
  *
  * Always returns an error of which the caller owns one reference: when making it fails, the
- * failure's own error (as "Out of Memory") or the standard error "Unknown Kesto Error". [any-thread] [calls-host]
+ * failure's own error (as "Out of Memory") or the standard error "Unknown Kesto Error".
+ * [any-thread] [calls-host]
  */
 typedef ZEBErrorObject *(*ZEBNewErrorProc)(const char *message, const char *component, int32_t id,
                                            void *info, void (*infoDelete)(void *info));
@@ -71,14 +72,14 @@ typedef int32_t (*ZEBErrorGetIDProc)(ZEBErrorObject *error);
 /* The client data, still the error's; null for a null error. [any-thread] */
 typedef void *(*ZEBGetErrorInfoProc)(ZEBErrorObject *error);
 
-#define ZEB_ERROR_PROCS(X)                                     \
-  X(NewError, NewError, ZEBNewErrorProc)                       \
-  X(GetCoreError, GetCoreError, ZEBGetCoreErrorProc)           \
-  X(AddRef, AddRef, ZEBErrorAddRefProcV2)                      \
-  X(Release, Release, ZEBErrorReleaseProc)                     \
-  X(GetErrorMessage, GetErrorMessage, ZEBErrorGetMessageProc)  \
-  X(GetComponent, GetComponent, ZEBErrorGetComponentProc)      \
-  X(GetID, GetID, ZEBErrorGetIDProc)                           \
+#define ZEB_ERROR_PROCS(X)                                    \
+  X(NewError, NewError, ZEBNewErrorProc)                      \
+  X(GetCoreError, GetCoreError, ZEBGetCoreErrorProc)          \
+  X(AddRef, AddRef, ZEBErrorAddRefProcV2)                     \
+  X(Release, Release, ZEBErrorReleaseProc)                    \
+  X(GetErrorMessage, GetErrorMessage, ZEBErrorGetMessageProc) \
+  X(GetComponent, GetComponent, ZEBErrorGetComponentProc)     \
+  X(GetID, GetID, ZEBErrorGetIDProc)                          \
   X(GetErrorInfo, GetErrorInfo, ZEBGetErrorInfoProc)
 
 /* Older procs, kept for clients built against them. */

@@ -54,11 +54,11 @@ typedef ZEBEventRecord *(*ZEBNewEventSnapshotProc)(uint32_t *count);
 /* Frees a snapshot; null is ignored. [any-thread] */
 typedef void (*ZEBDeleteEventSnapshotProc)(ZEBEventRecord *snapshot);
 
-#define ZEB_EVENT_PROCS(X)                                               \
-  X(NewEventCounter, NewEventCounter, ZEBNewEventCounterProc)            \
-  X(DeleteEventCounter, DeleteEventCounter, ZEBDeleteEventCounterProc)   \
-  X(SignalEventCounter, SignalEventCounter, ZEBSignalEventCounterProc)   \
-  X(NewEventSnapshot, NewEventSnapshot, ZEBNewEventSnapshotProc)         \
+#define ZEB_EVENT_PROCS(X)                                             \
+  X(NewEventCounter, NewEventCounter, ZEBNewEventCounterProc)          \
+  X(DeleteEventCounter, DeleteEventCounter, ZEBDeleteEventCounterProc) \
+  X(SignalEventCounter, SignalEventCounter, ZEBSignalEventCounterProc) \
+  X(NewEventSnapshot, NewEventSnapshot, ZEBNewEventSnapshotProc)       \
   X(DeleteEventSnapshot, DeleteEventSnapshot, ZEBDeleteEventSnapshotProc)
 
 typedef struct ZEBEventProcs {

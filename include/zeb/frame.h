@@ -62,13 +62,13 @@ typedef void (*ZEBAssertNoObjects)(void);
 typedef int32_t (*ZEBIsMultiThreaded)(void);
 
 /* In this interface the method name and the proc name are the same. */
-#define ZEB_FRAME_PROCS(X)                                                         \
-  X(RegisterProcAddress, ZEBRegisterProcAddress, ZEBRegisterProcAddress)           \
-  X(ReportError, ZEBReportError, ZEBReportError)                                   \
-  X(UnregisterInterface, ZEBUnregisterInterface, ZEBUnregisterInterface)           \
-  X(GetUnregisterCount, ZEBGetUnregisterCount, ZEBGetUnregisterCount)              \
-  X(GetUnregisterCountAddr, ZEBGetUnregisterCountAddr, ZEBGetUnregisterCountAddr)  \
-  X(AssertNoObjects, ZEBAssertNoObjects, ZEBAssertNoObjects)                       \
+#define ZEB_FRAME_PROCS(X)                                                        \
+  X(RegisterProcAddress, ZEBRegisterProcAddress, ZEBRegisterProcAddress)          \
+  X(ReportError, ZEBReportError, ZEBReportError)                                  \
+  X(UnregisterInterface, ZEBUnregisterInterface, ZEBUnregisterInterface)          \
+  X(GetUnregisterCount, ZEBGetUnregisterCount, ZEBGetUnregisterCount)             \
+  X(GetUnregisterCountAddr, ZEBGetUnregisterCountAddr, ZEBGetUnregisterCountAddr) \
+  X(AssertNoObjects, ZEBAssertNoObjects, ZEBAssertNoObjects)                      \
   X(IsMultiThreaded, ZEBIsMultiThreaded, ZEBIsMultiThreaded)
 
 typedef struct ZEBFrameProcs {

@@ -37,10 +37,10 @@ typedef void (*ZEBMemFreeProc)(void *block);
 /* The block's size in bytes, at least what was asked for; 0 for null. [any-thread] */
 typedef uint64_t (*ZEBMemGetBlockSizeProc)(void *block);
 
-#define ZEB_MEMORY_PROCS(X)                 \
-  X(Alloc, Alloc, ZEBMemAllocProc)          \
-  X(Realloc, Realloc, ZEBMemReallocProc)    \
-  X(Free, Free, ZEBMemFreeProc)             \
+#define ZEB_MEMORY_PROCS(X)              \
+  X(Alloc, Alloc, ZEBMemAllocProc)       \
+  X(Realloc, Realloc, ZEBMemReallocProc) \
+  X(Free, Free, ZEBMemFreeProc)          \
   X(GetBlockSize, GetBlockSize, ZEBMemGetBlockSizeProc)
 
 typedef struct ZEBMemoryProcs {

@@ -32,13 +32,13 @@ typedef uint64_t (*ZEBMemDbgGetCurAllocProc)(void);
 typedef uint64_t (*ZEBMemDbgGetHighWaterAllocProc)(void);
 typedef uint64_t (*ZEBMemDbgGetNumAllocsProc)(void);
 
-#define ZEB_MEMORY_DEBUG_PROCS(X)                                        \
-  X(StartWatch, StartWatch, ZEBMemDbgStartWatchProc)                     \
-  X(StopWatch, StopWatch, ZEBMemDbgStopWatchProc)                        \
-  X(VerifyHeap, VerifyHeap, ZEBMemDbgVerifyHeapProc)                     \
-  X(ReportStats, ReportStats, ZEBMemDbgReportStatsProc)                  \
-  X(SetFailureRate, SetFailureRate, ZEBMemDbgSetFailureRateProc)         \
-  X(GetCurAlloc, GetCurAlloc, ZEBMemDbgGetCurAllocProc)                  \
+#define ZEB_MEMORY_DEBUG_PROCS(X)                                         \
+  X(StartWatch, StartWatch, ZEBMemDbgStartWatchProc)                      \
+  X(StopWatch, StopWatch, ZEBMemDbgStopWatchProc)                         \
+  X(VerifyHeap, VerifyHeap, ZEBMemDbgVerifyHeapProc)                      \
+  X(ReportStats, ReportStats, ZEBMemDbgReportStatsProc)                   \
+  X(SetFailureRate, SetFailureRate, ZEBMemDbgSetFailureRateProc)          \
+  X(GetCurAlloc, GetCurAlloc, ZEBMemDbgGetCurAllocProc)                   \
   X(GetHighWaterAlloc, GetHighWaterAlloc, ZEBMemDbgGetHighWaterAllocProc) \
   X(GetNumAllocs, GetNumAllocs, ZEBMemDbgGetNumAllocsProc)
 

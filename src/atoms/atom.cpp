@@ -1,5 +1,7 @@
 #include "atoms/atom.h"
 
+#include <algorithm>
+
 #include "atoms/atom_table.h"
 #include "base/library_counters.h"
 
@@ -9,7 +11,9 @@ namespace {
 constinit AtomTable table;
 }
 
-ZEBString* make(const char* text) { return table.make(text); }
+ZEBString* make(const TextKey& key) { return table.make(key); }
+
+void makeAll(std::span<const TextKey> keys, std::span<Ref> made) { table.makeAll(keys, made); }
 
 void addReference(ZEBString* atom) noexcept {
   counters::atomAddRef.signal();
@@ -26,11 +30,9 @@ void release(ZEBString* atom) noexcept {
   }
 }
 
-bool areKnown(const TextKey* keys, unsigned count) noexcept {
-  for (unsigned i = 0; i < count; ++i) {
-    if (keys[i].text != nullptr && !table.isKnown(keys[i])) return false;
-  }
-  return true;
+bool areKnown(std::span<const TextKey> keys) noexcept {
+  return std::all_of(keys.begin(), keys.end(),
+                     [](const TextKey& key) { return key.text == nullptr || table.isKnown(key); });
 }
 
 void addTableUser() noexcept { table.addUser(); }

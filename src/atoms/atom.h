@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <span>
 #include <utility>
 
 #include "util/text_key.h"
@@ -23,13 +24,16 @@ struct ZEBString {
     ZEBObjFree freeThrough;  // of the host that the memory came from; null: the library's own
   };
 
-  [[nodiscard]] const char* text() const noexcept { return reinterpret_cast<const char*>(this + 1); }
+  [[nodiscard]] const char* text() const noexcept {
+    return reinterpret_cast<const char*>(this + 1);
+  }
 
   // Adds a reference unless the atom is dying.
   bool addReferenceIfAlive() noexcept {
     uint32_t count = references.load(std::memory_order_relaxed);
     while (count != 0) {
-      if (references.compare_exchange_weak(count, count + 1, std::memory_order_relaxed)) return true;
+      if (references.compare_exchange_weak(count, count + 1, std::memory_order_relaxed))
+        return true;
     }
     return false;
   }
@@ -39,7 +43,7 @@ namespace zeb::atoms {
 
 // The atom of a text with one reference for the caller; null for a null text. Raises what
 // allocation raises.
-[[nodiscard]] ZEBString* make(const char* text);
+[[nodiscard]] ZEBString* make(const TextKey& key);
 
 // Null is ignored.
 void addReference(ZEBString* atom) noexcept;
@@ -47,7 +51,7 @@ void release(ZEBString* atom) noexcept;
 
 // True when the atom of each key (null keys aside) is in the table now. Only inside a read section;
 // what it says stays true until the section ends, because no atom can be freed before.
-[[nodiscard]] bool areKnown(const TextKey* keys, unsigned count) noexcept;
+[[nodiscard]] bool areKnown(std::span<const TextKey> keys) noexcept;
 
 // The table's users. The first make after load or after a stop makes the table and counts one; the
 // frame counts itself. When the last one is dropped the table goes, and if clients still hold atoms
@@ -59,7 +63,9 @@ void dropTableUser() noexcept;
 class Ref {
  public:
   constexpr Ref() noexcept = default;
-  explicit Ref(const char* text) : atom_(make(text)) {}
+  explicit Ref(const char* text) : atom_(make(TextKey(text))) {}
+  // Takes the caller's reference over.
+  explicit Ref(ZEBString* owned) noexcept : atom_(owned) {}
   Ref(Ref&& other) noexcept : atom_(std::exchange(other.atom_, nullptr)) {}
   Ref& operator=(Ref&& other) noexcept {
     std::swap(atom_, other.atom_);
@@ -73,6 +79,10 @@ class Ref {
  private:
   ZEBString* atom_ = nullptr;
 };
+
+// Makes the atoms of several texts in one go, which costs less than one by one. `made` has as many
+// elements as `keys`.
+void makeAll(std::span<const TextKey> keys, std::span<Ref> made);
 
 }  // namespace zeb::atoms
 

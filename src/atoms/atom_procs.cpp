@@ -8,19 +8,23 @@
 
 namespace zeb {
 
-namespace atom_procs {
-
-ZEBString* NewStringAtom(const char* text) { return atoms::make(text != nullptr ? text : ""); }
-void DeleteStringAtom(ZEBString* atom) noexcept { atoms::release(atom); }
-const char* GetCString(ZEBString* atom) noexcept { return atom != nullptr ? atom->text() : nullptr; }
-void AddRef(ZEBString* atom) noexcept { atoms::addReference(atom); }
-
-}  // namespace atom_procs
-
 namespace {
 
+namespace procs {
+
+ZEBString* NewStringAtom(const char* text) {
+  return atoms::make(TextKey(text != nullptr ? text : ""));
+}
+void DeleteStringAtom(ZEBString* atom) noexcept { atoms::release(atom); }
+const char* GetCString(ZEBString* atom) noexcept {
+  return atom != nullptr ? atom->text() : nullptr;
+}
+void AddRef(ZEBString* atom) noexcept { atoms::addReference(atom); }
+
+}  // namespace procs
+
 #define ZEB_ROW(member, method, proc) \
-  tableEntry<proc>(#method, #proc, &ValueProc<&atom_procs::member>::call),
+  tableEntry<proc>(#method, #proc, &ValueProc<&procs::member>::call),
 const std::array entries{ZEB_STRING_PROCS(ZEB_ROW)};
 #undef ZEB_ROW
 

@@ -49,16 +49,40 @@ AtomTable::Leftovers::~Leftovers() {
   disposeRetired(arrays, [](Array* array) { freeObject(array); });
 }
 
-// Each round of the loop either ends, or learns what memory is missing, or finds an atom whose last
-// release is under way: then it gives the releasing thread time, a little more in each round.
-ZEBString* AtomTable::make(const char* text) {
-  if (text == nullptr) return nullptr;
-  const TextKey key(text);
-  Supplies supplies;
+ZEBString* AtomTable::make(const TextKey& key) {
+  if (key.text == nullptr) return nullptr;
   ZEBString* atom = nullptr;
+  const Outcome outcome = lookUnlocked(key, atom);
+  return makeAfter(outcome, key, atom);
+}
+
+// One read section finds all that are there; the others are made one by one.
+void AtomTable::makeAll(std::span<const TextKey> keys, std::span<Ref> made) {
+  uint64_t found = 0;
+  {
+    const ReadSection section;
+    for (size_t i = 0; section.entered() && i < keys.size(); ++i) {
+      ZEBString* atom = nullptr;
+      if (keys[i].text == nullptr || lookInSection(keys[i], atom) != Outcome::found) continue;
+      made[i] = Ref(atom);
+      ++found;
+    }
+  }
+  if (found != 0) counters::atomFound.signal(found);
+  if (found == keys.size()) return;
+  for (size_t i = 0; i < keys.size(); ++i) {
+    if (made[i].get() == nullptr) made[i] = Ref(make(keys[i]));
+  }
+}
+
+// Goes on from what a first look came to. Each round either ends, or learns what memory is missing,
+// or finds an atom whose last release is under way: then it gives the releasing thread time, a
+// little more in each round.
+ZEBString* AtomTable::makeAfter(Outcome outcome, const TextKey& key, ZEBString* atom) {
+  Supplies supplies;
   unsigned naps = 0;
   bool countedAbsence = false;
-  for (Outcome outcome = lookUnlocked(key, atom);; outcome = look(key, supplies, atom)) {
+  for (;; outcome = look(key, supplies, atom)) {
     switch (outcome) {
       case Outcome::found:
         counters::atomFound.signal();
@@ -86,7 +110,10 @@ ZEBString* AtomTable::make(const char* text) {
 // An absence that is seen here may be a moment's; insertion looks again under the lock.
 AtomTable::Outcome AtomTable::lookUnlocked(const TextKey& key, ZEBString*& atom) const noexcept {
   const ReadSection section;
-  if (!section.entered()) return Outcome::unsure;
+  return section.entered() ? lookInSection(key, atom) : Outcome::unsure;
+}
+
+AtomTable::Outcome AtomTable::lookInSection(const TextKey& key, ZEBString*& atom) const noexcept {
   atom = find(key);
   if (atom == nullptr) return Outcome::absent;
   return atom->addReferenceIfAlive() ? Outcome::found : Outcome::dying;

@@ -1,8 +1,8 @@
 // The process-wide table of atoms.
 //
 // Found atoms are found without a lock (util/concurrent_table.h, base/read_section.h). New atoms
-// enter and dying ones leave under the table's lock. The 64 atoms made last are kept alive by a ring
-// of references, so that texts made and dropped repeatedly are not copied again each time.
+// enter and dying ones leave under the table's lock. The 64 atoms made last are kept alive by a
+// ring of references, so that texts made and dropped repeatedly are not copied again each time.
 //
 // States of the table: absent until the first make; present until its last user goes; then absent
 // again, for the next make to start afresh. Atoms that clients still hold when it goes become
@@ -31,7 +31,8 @@ class AtomTable {
   AtomTable(const AtomTable&) = delete;
   AtomTable& operator=(const AtomTable&) = delete;
 
-  [[nodiscard]] ZEBString* make(const char* text);
+  [[nodiscard]] ZEBString* make(const TextKey& key);
+  void makeAll(std::span<const TextKey> keys, std::span<Ref> made);
   void removeDying(ZEBString* atom) noexcept ZEB_EXCLUDES(lock_);
   [[nodiscard]] bool isKnown(const TextKey& key) const noexcept;
 
@@ -71,7 +72,9 @@ class AtomTable {
 
   void createIfAbsent();
   [[nodiscard]] ZEBString* find(const TextKey& key) const noexcept;
+  ZEBString* makeAfter(Outcome outcome, const TextKey& key, ZEBString* atom);
   Outcome lookUnlocked(const TextKey& key, ZEBString*& atom) const noexcept;
+  Outcome lookInSection(const TextKey& key, ZEBString*& atom) const noexcept;
   Outcome look(const TextKey& key, Supplies& supplies, ZEBString*& atom) noexcept
       ZEB_EXCLUDES(lock_);
   Outcome lookLocked(const TextKey& key, Supplies& supplies, ZEBString*& atom) noexcept

@@ -1,8 +1,9 @@
 // The library's own event counters, as the rooms that count see them.
 //
-// A CZEBEventCounter is a static object with a name and a criticality. Between start and stop it may
-// hold the handle of a counter that the event service registered for it; without one, signalling
-// costs one test. The rooms below the event service reach it through a few slots that it fills.
+// A CZEBEventCounter is a static object with a name and a criticality. Between start and stop it
+// may hold the handle of a counter that the event service registered for it; without one,
+// signalling costs one test. The rooms below the event service reach it through a few slots that it
+// fills.
 #ifndef ZEB_BASE_EVENT_COUNTER_H
 #define ZEB_BASE_EVENT_COUNTER_H
 

@@ -30,7 +30,8 @@ struct ObjectAllocatorSet {
   }
 };
 
-// Atoms that the stream interfaces are named by, made at start so that streams need not intern them.
+// Atoms that the stream interfaces are named by, made at start so that streams need not intern
+// them.
 struct StreamInterfaceNames {
   ZEBString* simpleStreamImplementation;
   ZEBString* simpleStream;

@@ -1,8 +1,8 @@
 // Objects that exist from load to unload but work only between start and stop.
 //
-// A LazyTerminate links itself at the head of one process-wide list when it is constructed. Starting
-// the library initialises the listed objects in list order, stopping it terminates them. The list is
-// changed at load and unload and walked at start and stop: it needs no lock.
+// A LazyTerminate links itself at the head of one process-wide list when it is constructed.
+// Starting the library initialises the listed objects in list order, stopping it terminates them.
+// The list is changed at load and unload and walked at start and stop: it needs no lock.
 #ifndef ZEB_BASE_LAZY_LIST_H
 #define ZEB_BASE_LAZY_LIST_H
 

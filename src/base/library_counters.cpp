@@ -23,8 +23,8 @@ CZEBEventCounter instanceLookup(
 CZEBEventCounter sharedBuffer("ZEB calls to new ZEBSharedBuffer", 20);
 CZEBEventCounter sharedBufferPageMiss("ZEB ZEBSharedBuffer allocation page miss", 60);
 CZEBEventCounter atomFound("ZEB new string atom from char* found duplicate and called AddRef", 10);
-CZEBEventCounter atomAllocated(
-    "ZEB new string atom from char* did not find duplicate so allocated", 60);
+CZEBEventCounter atomAllocated("ZEB new string atom from char* did not find duplicate so allocated",
+                               60);
 CZEBEventCounter atomAddRef("ZEB calls to ZEBString::AddRef", -1);
 CZEBEventCounter cacheEviction("ZEB evicting a cache item", 50);
 CZEBEventCounter markNoPurgeOnPurged(

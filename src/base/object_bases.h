@@ -1,5 +1,5 @@
-// Empty bases that say what kind of object a class is. None has virtual functions or state, and none
-// is used to delete through.
+// Empty bases that say what kind of object a class is. None has virtual functions or state, and
+// none is used to delete through.
 #ifndef ZEB_BASE_OBJECT_BASES_H
 #define ZEB_BASE_OBJECT_BASES_H
 

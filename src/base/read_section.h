@@ -5,11 +5,12 @@
 // RetireList, which hands it back for freeing as soon as every section that could have reached it
 // has ended. Nobody waits for anybody: what is still in sight is handed back by a later call.
 //
-// Why that is safe: entering, the searching loads, the unlinking stores and the writer's look at the
-// cells are all sequentially consistent. If the writer finds a cell at rest, the section that follows
-// in that cell starts after the unlinking in their one order and cannot find the object. If it finds
-// a section under way, it frees nothing until that cell has moved on. Leaving is a release store that
-// the writer's look acquires, so the reader's last access happens before the object is freed.
+// Why that is safe: entering, the searching loads, the unlinking stores and the writer's look at
+// the cells are all sequentially consistent. If the writer finds a cell at rest, the section that
+// follows in that cell starts after the unlinking in their one order and cannot find the object. If
+// it finds a section under way, it frees nothing until that cell has moved on. Leaving is a release
+// store that the writer's look acquires, so the reader's last access happens before the object is
+// freed.
 //
 // Sections do not nest, and nothing is called out of a section.
 #ifndef ZEB_BASE_READ_SECTION_H

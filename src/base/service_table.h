@@ -1,5 +1,5 @@
-// How a service is published: a constant table of names and functions. The service does not register
-// itself; the frame walks the tables.
+// How a service is published: a constant table of names and functions. The service does not
+// register itself; the frame walks the tables.
 #ifndef ZEB_BASE_SERVICE_TABLE_H
 #define ZEB_BASE_SERVICE_TABLE_H
 

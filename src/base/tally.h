@@ -1,7 +1,8 @@
 // A count that many threads raise at once.
 //
 // Each thread adds to a cell of its own on a line of its own, with a plain load and store; threads
-// beyond the exclusive slots share one cell and add atomically. Nothing is lost and nobody contends.
+// beyond the exclusive slots share one cell and add atomically. Nothing is lost and nobody
+// contends.
 #ifndef ZEB_BASE_TALLY_H
 #define ZEB_BASE_TALLY_H
 

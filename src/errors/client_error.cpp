@@ -15,7 +15,8 @@ using ErrorBinding = registry::ClientBinding<ZEBErrorProcs>;
 constexpr ErrorBinding::Requests kRequests{{ZEB_ERROR_PROCS(ZEB_PROC_REQUEST)}};
 
 // Ids 0 and 1, the errors that must be there when nothing can be made any more.
-using KeptErrors = std::array<ZEBErrorObject*, 2>;
+constexpr int32_t kKept = 2;
+using KeptErrors = std::array<ZEBErrorObject*, kKept>;
 
 class ClientErrors {
  public:
@@ -32,7 +33,7 @@ class ClientErrors {
   // The kept error, which stays this object's; null when there is none.
   ZEBErrorObject* kept(int32_t id) ZEB_EXCLUDES(lock_) {
     (void)procs();
-    const bool isKept = id >= 0 && id < static_cast<int32_t>(kept_.size());
+    const bool isKept = id >= 0 && id < kKept;
     const SpinGuard guard(lock_);
     return isKept ? kept_[static_cast<size_t>(id)] : nullptr;
   }

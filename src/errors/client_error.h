@@ -1,8 +1,8 @@
 // Errors as the library's client-side code meets them: only through "ZEBErrorInterface".
 //
 // Parts of the library that stand on the client's side of the interfaces use whatever error service
-// the registry holds, the library's own or a host's replacement. Their failures travel as CZEBError,
-// which owns one handle and gives it back through the procs that it came from.
+// the registry holds, the library's own or a host's replacement. Their failures travel as
+// CZEBError, which owns one handle and gives it back through the procs that it came from.
 //
 // Thread safety: any thread may call anything but releaseClientErrors.
 #ifndef ZEB_ERRORS_CLIENT_ERROR_H
@@ -50,16 +50,16 @@ class CZEBError : public CZEBErrorParent {
   Counting counting_;
 };
 
-// "Missing Interface", component "ZEB", id 0: made by the library itself, because the interface that
-// would make it is what is missing.
+// "Missing Interface", component "ZEB", id 0: made by the library itself, because the interface
+// that would make it is what is missing.
 CZEBError missingErrorInterface();
 
 }  // namespace ZEB_T_MT
 
 namespace zeb {
 
-// The eight procs, fetched again when the change counter has moved. Throws CZEBError when they cannot
-// be fetched.
+// The eight procs, fetched again when the change counter has moved. Throws CZEBError when they
+// cannot be fetched.
 ZEBErrorProcs clientErrorProcs();
 
 [[noreturn]] void raiseClientError(const char* message, const char* component, int32_t id,
@@ -68,7 +68,8 @@ ZEBErrorProcs clientErrorProcs();
 [[noreturn]] void raiseClientStandard(int32_t id);
 [[noreturn]] void raiseClientError(ZEBErrorObject* error);
 
-// Gives the kept standard errors back and forgets the procs. Only while one thread uses the library.
+// Gives the kept standard errors back and forgets the procs. Only while one thread uses the
+// library.
 void releaseClientErrors() noexcept;
 
 }  // namespace zeb

@@ -1,5 +1,6 @@
-// The boundary of procs that answer with an error handle: whatever is thrown inside becomes an error
-// of which the caller owns one reference. Put ErrorProc<&function>::call into the service table.
+// The boundary of procs that answer with an error handle: whatever is thrown inside becomes an
+// error of which the caller owns one reference. Put ErrorProc<&function>::call into the service
+// table.
 //
 // The function behind it returns nothing and raises. If the proc has an out argument, name its
 // position: the boundary refuses a null one with "Missing ZEB Method" and clears it before anything
@@ -15,8 +16,8 @@
 
 namespace zeb {
 
-// Inside a catch block: the error of the current exception, with one more reference. What carries no
-// error becomes "Unknown Kesto Error". Never null.
+// Inside a catch block: the error of the current exception, with one more reference. What carries
+// no error becomes "Unknown Kesto Error". Never null.
 [[nodiscard]] ZEBErrorObject* translateCurrentException() noexcept;
 
 inline constexpr size_t kNoOutArgument = static_cast<size_t>(-1);

@@ -1,5 +1,7 @@
 #include "errors/error_object.h"
 
+#include <array>
+
 #include "memory/object_memory.h"
 
 namespace zeb::errors {
@@ -19,12 +21,13 @@ void destroy(ZEBErrorObject* error) noexcept {
 }  // namespace
 
 ZEBErrorObject* make(const char* message, const char* component, int32_t id) {
-  atoms::Ref componentAtom(component);
-  atoms::Ref messageAtom(message);
+  const std::array keys{TextKey(component), TextKey(message)};
+  std::array<atoms::Ref, keys.size()> names;
+  atoms::makeAll(keys, names);
   auto* error = makeObject<ZEBErrorObject>();
   error->id = id;
-  error->message = std::move(messageAtom);
-  error->component = std::move(componentAtom);
+  error->component = std::move(names[0]);
+  error->message = std::move(names[1]);
   return error;
 }
 

@@ -11,8 +11,6 @@
 
 namespace zeb {
 
-namespace error_procs {
-
 namespace {
 
 // Client data that no error owns yet; unless it is handed over, it ends here.
@@ -42,7 +40,7 @@ class UnownedInfo {
 
 const char* orEmpty(const char* text) noexcept { return text != nullptr ? text : ""; }
 
-}  // namespace
+namespace procs {
 
 // Has a boundary of its own because its failure answers with an error too, and never with null.
 ZEBErrorObject* NewError(const char* message, const char* component, int32_t id, void* info,
@@ -80,12 +78,10 @@ void* GetErrorInfo(ZEBErrorObject* error) noexcept {
   return error != nullptr ? error->info : nullptr;
 }
 
-}  // namespace error_procs
-
-namespace {
+}  // namespace procs
 
 #define ZEB_ROW(member, method, proc) \
-  tableEntry<proc>(#method, #proc, &ValueProc<&error_procs::member>::call),
+  tableEntry<proc>(#method, #proc, &ValueProc<&procs::member>::call),
 const std::array entries{ZEB_ERROR_PROCS(ZEB_ROW)};
 const std::array olderEntries{ZEB_ERROR_OLDER_PROCS(ZEB_ROW)};
 #undef ZEB_ROW

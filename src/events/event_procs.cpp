@@ -10,7 +10,9 @@
 
 namespace zeb {
 
-namespace event_procs {
+namespace {
+
+namespace procs {
 
 ZEBEventCounter* NewEventCounter(const char* name, int32_t criticality) {
   return name != nullptr ? events::makeCounter(name, criticality) : nullptr;
@@ -32,12 +34,10 @@ ZEBEventRecord* NewEventSnapshot(uint32_t* count) {
 
 void DeleteEventSnapshot(ZEBEventRecord* snapshot) noexcept { freeObject(snapshot); }
 
-}  // namespace event_procs
-
-namespace {
+}  // namespace procs
 
 #define ZEB_ROW(member, method, proc) \
-  tableEntry<proc>(#method, #proc, &ValueProc<&event_procs::member>::call),
+  tableEntry<proc>(#method, #proc, &ValueProc<&procs::member>::call),
 const std::array entries{ZEB_EVENT_PROCS(ZEB_ROW)};
 #undef ZEB_ROW
 
@@ -52,7 +52,7 @@ bool registerEventsAs(const char* interfaceName) noexcept {
 }
 
 bool isLibrarySignal(ZEBSignalEventCounterProc proc) noexcept {
-  return proc == &ValueProc<&event_procs::SignalEventCounter>::call;
+  return proc == &ValueProc<&procs::SignalEventCounter>::call;
 }
 
 }  // namespace events

@@ -1,7 +1,8 @@
 // The eleven exported functions. Their names stand in exports.txt, from which the linker's export
 // list is made.
-#include "frame/lifecycle.h"
 #include "zeb/exports.h"
+
+#include "frame/lifecycle.h"
 
 uint32_t ZEBGetVersion(void) { return ZEB_VERSION; }
 

@@ -9,7 +9,9 @@
 
 namespace zeb {
 
-namespace frame_procs {
+namespace {
+
+namespace procs {
 
 int32_t RegisterProcAddress(const char* interfaceName, const char* methodName, const char* procName,
                             ZEBProc proc) noexcept {
@@ -28,12 +30,10 @@ uint32_t* GetUnregisterCountAddr() noexcept { return &hostState.unregisterCount;
 void AssertNoObjects() noexcept {}
 int32_t IsMultiThreaded() noexcept { return hostState.multiThreaded ? 1 : 0; }
 
-}  // namespace frame_procs
-
-namespace {
+}  // namespace procs
 
 #define ZEB_ROW(member, method, proc) \
-  tableEntry<proc>(#method, #proc, &ValueProc<&frame_procs::member>::call),
+  tableEntry<proc>(#method, #proc, &ValueProc<&procs::member>::call),
 const std::array entries{ZEB_FRAME_PROCS(ZEB_ROW)};
 #undef ZEB_ROW
 

@@ -4,8 +4,8 @@
 
 namespace zeb::frame {
 
-// Makes the record and its atoms and puts it into the host state. Raises what allocation raises, and
-// then nothing is left of it.
+// Makes the record and its atoms and puts it into the host state. Raises what allocation raises,
+// and then nothing is left of it.
 void makeStreamNames();
 
 // Releases the atoms, the last one first, and the record.

@@ -14,8 +14,9 @@ namespace zeb {
 
 // The 16 bytes before a small block's data.
 struct SmallHeader {
-  uint16_t previousSize;  // of the block before it in the page, 0 for the first; bit 0: this is free
-  uint16_t size;          // of the data, a multiple of 16; 0 ends the page
+  uint16_t
+      previousSize;  // of the block before it in the page, 0 for the first; bit 0: this is free
+  uint16_t size;     // of the data, a multiple of 16; 0 ends the page
   uint8_t reserved[12];
 };
 static_assert(sizeof(SmallHeader) == 16);

@@ -7,7 +7,9 @@
 
 namespace zeb {
 
-namespace memory_debug_procs {
+namespace {
+
+namespace procs {
 
 void StartWatch() noexcept {}
 void StopWatch() noexcept {}
@@ -18,12 +20,10 @@ uint64_t GetCurAlloc() noexcept { return 0; }
 uint64_t GetHighWaterAlloc() noexcept { return 0; }
 uint64_t GetNumAllocs() noexcept { return 0; }
 
-}  // namespace memory_debug_procs
-
-namespace {
+}  // namespace procs
 
 #define ZEB_ROW(member, method, proc) \
-  tableEntry<proc>(#method, #proc, &ValueProc<&memory_debug_procs::member>::call),
+  tableEntry<proc>(#method, #proc, &ValueProc<&procs::member>::call),
 const std::array entries{ZEB_MEMORY_DEBUG_PROCS(ZEB_ROW)};
 #undef ZEB_ROW
 

@@ -8,7 +8,9 @@
 
 namespace zeb {
 
-namespace memory_procs {
+namespace {
+
+namespace procs {
 
 // Clients reach these only when the host gave no memory procs of its own. Inside the library they
 // serve memory on a client's behalf, so they ask for the host's procs themselves.
@@ -29,12 +31,10 @@ uint64_t GetBlockSize(void* block) {
   return hostState.objects.size(block);
 }
 
-}  // namespace memory_procs
-
-namespace {
+}  // namespace procs
 
 #define ZEB_ROW(member, method, proc) \
-  tableEntry<proc>(#method, #proc, &ValueProc<&memory_procs::member>::call),
+  tableEntry<proc>(#method, #proc, &ValueProc<&procs::member>::call),
 const std::array libraryEntries{ZEB_MEMORY_PROCS(ZEB_ROW)};
 #undef ZEB_ROW
 

@@ -1,5 +1,5 @@
-// The one way to get memory for an object of the library: the host's object allocator set when there
-// is one, else the process's allocator.
+// The one way to get memory for an object of the library: the host's object allocator set when
+// there is one, else the process's allocator.
 #ifndef ZEB_MEMORY_OBJECT_MEMORY_H
 #define ZEB_MEMORY_OBJECT_MEMORY_H
 

@@ -5,7 +5,8 @@
 // page, so that giving back needs no search. Pages with a free slot and full pages stand on two
 // lists. A page goes back to the library's memory with its last object; the pool keeps no spare.
 //
-// Thread safety: any thread may take and give back. Page memory is taken and freed outside the lock.
+// Thread safety: any thread may take and give back. Page memory is taken and freed outside the
+// lock.
 #ifndef ZEB_MEMORY_OBJECT_POOL_H
 #define ZEB_MEMORY_OBJECT_POOL_H
 

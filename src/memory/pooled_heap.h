@@ -50,7 +50,9 @@ class PooledHeap {
 
   // Bytes held from the host by all heaps, pages and large blocks; and that number as the last
   // allocation found it.
-  [[nodiscard]] static uint32_t heldBytes() noexcept { return held_.load(std::memory_order_relaxed); }
+  [[nodiscard]] static uint32_t heldBytes() noexcept {
+    return held_.load(std::memory_order_relaxed);
+  }
   [[nodiscard]] static uint32_t heldBytesSnapshot() noexcept {
     return heldSnapshot_.load(std::memory_order_relaxed);
   }

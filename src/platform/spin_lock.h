@@ -2,9 +2,9 @@
 //
 // Taking it costs one atomic exchange, giving it back a plain store. A thread that finds it taken
 // spins `spinCount` times, then yields, then sleeps in growing steps, so that a preempted holder
-// gets the processor back. It keeps no queue, calls nothing of the system in the good case, needs no
-// construction at run time and no destruction. It does not nest. Never call out while holding it,
-// except where the holder says why that is safe.
+// gets the processor back. It keeps no queue, calls nothing of the system in the good case, needs
+// no construction at run time and no destruction. It does not nest. Never call out while holding
+// it, except where the holder says why that is safe.
 #ifndef ZEB_PLATFORM_SPIN_LOCK_H
 #define ZEB_PLATFORM_SPIN_LOCK_H
 

@@ -1,9 +1,9 @@
 // How the library uses its own interfaces: like any client, by name, through the change counter.
 //
-// A binding keeps the procs of one interface and the change counter's value at which it fetched them.
-// Before each use it compares the counter and fetches again when it has moved, so that a host's
-// replacement of an interface reaches the library too. Stopping the library invalidates the bindings:
-// a later start with another host never calls the last one's procedures.
+// A binding keeps the procs of one interface and the change counter's value at which it fetched
+// them. Before each use it compares the counter and fetches again when it has moved, so that a
+// host's replacement of an interface reaches the library too. Stopping the library invalidates the
+// bindings: a later start with another host never calls the last one's procedures.
 //
 // Thread safety: none of its own; the owner says what guards it.
 #ifndef ZEB_REGISTRY_CLIENT_BINDING_H

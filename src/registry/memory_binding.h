@@ -1,5 +1,6 @@
-// The library's own client binding of the memory interface. The last thing that starting the library
-// binds: it fails exactly when the memory procs cannot be found by name, as any module would.
+// The library's own client binding of the memory interface. The last thing that starting the
+// library binds: it fails exactly when the memory procs cannot be found by name, as any module
+// would.
 #ifndef ZEB_REGISTRY_MEMORY_BINDING_H
 #define ZEB_REGISTRY_MEMORY_BINDING_H
 

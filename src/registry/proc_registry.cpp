@@ -18,7 +18,7 @@ struct Answer {
 
 Answer searchInSection(const ProcKey& key) noexcept {
   if (const ProcEntry* entry = table.search(key)) return {true, entry->proc};
-  return {atoms::areKnown(key.names.data(), ProcKey::kNames), nullptr};
+  return {atoms::areKnown(key.names), nullptr};
 }
 
 Answer searchUnlocked(const ProcKey& key) noexcept {
@@ -30,8 +30,8 @@ Answer searchUnlocked(const ProcKey& key) noexcept {
 // Interns the names for the time of the look-up, as a look-up of an unknown name is seen to do.
 ZEBProc findByInterning(const ProcKey& key) noexcept {
   try {
-    const atoms::Ref names[] = {atoms::Ref(key.names[0].text), atoms::Ref(key.names[1].text),
-                                atoms::Ref(key.names[2].text)};
+    std::array<atoms::Ref, ProcKey::kNames> names;
+    atoms::makeAll(key.names, names);
     return table.findLocked(key);
   } catch (...) {
     return nullptr;
@@ -57,11 +57,10 @@ bool add(const char* interfaceName, const char* methodName, const char* procName
          ZEBProc proc) noexcept {
   try {
     const ProcKey key(TextKey(interfaceName), methodName, procName);
-    ObjectHolder<ProcEntry> entry(makeObject<ProcEntry>(ProcEntry{
-        .hash = key.hash,
-        .proc = proc,
-        .names = {atoms::Ref(interfaceName), atoms::Ref(methodName), atoms::Ref(procName)},
-        .nextRetired = nullptr}));
+    ObjectHolder<ProcEntry> entry(makeObject<ProcEntry>());
+    entry.get()->hash = key.hash;
+    entry.get()->proc = proc;
+    atoms::makeAll(key.names, entry.get()->names);
     if (!table.insert(key, entry.get())) return false;
     (void)entry.release();
     return true;

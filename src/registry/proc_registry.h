@@ -7,8 +7,8 @@
 //
 // A null name has no atom; it is a name of its own, equal only to itself.
 //
-// Thread safety: everything but terminate may be called by any thread. Nothing of the host is called
-// under the lock: memory is taken before and freed after.
+// Thread safety: everything but terminate may be called by any thread. Nothing of the host is
+// called under the lock: memory is taken before and freed after.
 #ifndef ZEB_REGISTRY_PROC_REGISTRY_H
 #define ZEB_REGISTRY_PROC_REGISTRY_H
 
@@ -33,8 +33,8 @@ void removeInterface(const char* interfaceName) noexcept;
 // Adds the entries in order and stops at the first that is refused; those before it stay.
 bool addAll(std::span<const ZEBProcTableEntry> entries, const char* interfaceName) noexcept;
 
-// Looks the requests up in order, each answer going to the same index of `procs`. Stops at the first
-// that is missing: its slot becomes null, the slots behind it stay as they were.
+// Looks the requests up in order, each answer going to the same index of `procs`. Stops at the
+// first that is missing: its slot becomes null, the slots behind it stay as they were.
 bool findAll(std::span<const ZEBProcRequest> requests, const char* interfaceName,
              ZEBProc* procs) noexcept;
 

@@ -35,10 +35,10 @@ struct ProcKey {
 
 // Made before it is inserted, never changed afterwards.
 struct ProcEntry {
-  uint64_t hash;
-  ZEBProc proc;
+  uint64_t hash = 0;
+  ZEBProc proc = nullptr;
   std::array<atoms::Ref, ProcKey::kNames> names;
-  ProcEntry* nextRetired;
+  ProcEntry* nextRetired = nullptr;
 
   [[nodiscard]] bool isFor(const ProcKey& key) const noexcept;
 };

@@ -7,9 +7,9 @@
 
 namespace zeb {
 
-// Copies `count` bytes to a destination of `capacity` bytes and returns true. Copying nothing always
-// succeeds. A null pointer or a count beyond the capacity is refused with false; a destination that
-// is there is then zeroed, so that nobody goes on with half of the old contents.
+// Copies `count` bytes to a destination of `capacity` bytes and returns true. Copying nothing
+// always succeeds. A null pointer or a count beyond the capacity is refused with false; a
+// destination that is there is then zeroed, so that nobody goes on with half of the old contents.
 [[nodiscard]] inline bool checkedCopy(void* destination, uint64_t capacity, const void* source,
                                       uint64_t count) noexcept {
   if (count == 0) return true;

@@ -9,8 +9,9 @@
 // that finds nothing therefore asks again under the lock before it acts on the absence.
 //
 // Why the slots are sequentially consistent: a remover first clears the slot and then asks whether
-// anybody is reading; a reader first announces itself and then looks at slots. In the one order that
-// all of these agree on, either the remover sees the reader or the reader sees the cleared slot.
+// anybody is reading; a reader first announces itself and then looks at slots. In the one order
+// that all of these agree on, either the remover sees the reader or the reader sees the cleared
+// slot.
 #ifndef ZEB_UTIL_CONCURRENT_TABLE_H
 #define ZEB_UTIL_CONCURRENT_TABLE_H
 

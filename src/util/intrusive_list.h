@@ -1,7 +1,7 @@
 // A doubly linked list whose links live in its elements.
 //
-// An element knows the list that it is on and leaves it when it is destroyed. New elements go to the
-// head. The list counts its elements and owns none of them. Nothing here locks.
+// An element knows the list that it is on and leaves it when it is destroyed. New elements go to
+// the head. The list counts its elements and owns none of them. Nothing here locks.
 #ifndef ZEB_UTIL_INTRUSIVE_LIST_H
 #define ZEB_UTIL_INTRUSIVE_LIST_H
 

@@ -2,8 +2,8 @@
 //
 // Invariants: the root is black; a red node has no red child; every path from a node down to a
 // missing child passes the same number of black nodes. The tree owns nothing, allocates nothing and
-// locks nothing. Node types derive from redblack_node<Node>; `Order` gives a node's key and is asked
-// once per level.
+// locks nothing. Node types derive from redblack_node<Node>; `Order` gives a node's key and is
+// asked once per level.
 #ifndef ZEB_UTIL_REDBLACK_TREE_H
 #define ZEB_UTIL_REDBLACK_TREE_H
 

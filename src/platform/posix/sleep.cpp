@@ -15,7 +15,8 @@ constexpr long kNanosecondsPerMicrosecond = 1000;
 void sleepMicroseconds(unsigned microseconds) noexcept {
   timespec left{};
   left.tv_sec = static_cast<time_t>(microseconds / kMicrosecondsPerSecond);
-  left.tv_nsec = static_cast<long>(microseconds % kMicrosecondsPerSecond) * kNanosecondsPerMicrosecond;
+  left.tv_nsec =
+      static_cast<long>(microseconds % kMicrosecondsPerSecond) * kNanosecondsPerMicrosecond;
   while (nanosleep(&left, &left) != 0 && errno == EINTR) {
   }
 }
