@@ -2,42 +2,117 @@
 # docs/building.md tells more; `make help` lists the targets.
 
 JOBS ?= $(shell nproc)
+export JOBS
 
 .NOTPARALLEL:
 .DEFAULT_GOAL := help
 
-heading = @printf '\n=== $@: %s ===\n'
-packages = @tools/install_packages.sh
+heading = @printf '\n=== %s: %s ===\n' '$@'
+packages = @tools/install_packages.sh build test demo
 configure = cmake --preset
 build = cmake --build --parallel $(JOBS) --preset
 ctest = ctest --parallel $(JOBS) --preset
 
+library = build/release/lib/libzeb.so
+bench = build/release/bench/zeb_bench
+
 ##@ Everyday
 
-.PHONY: test demo bench help
-
-test: ## Build the release preset and run every test
-	$(heading) 'every test, release preset'
-	$(packages) build test demo
-	$(configure) release -DZEB_BUILD_BENCH=OFF
-	$(build) release
+.PHONY: test demo bench check gates format coverage help
+test: release ## Build the release preset and run every test
+	$(heading) 'every test of the release build'
 	$(ctest) release
 
-demo: ## Run the hosting example on README.md
+demo: release ## Run the hosting example on README.md
 	$(heading) 'the hosting example'
-	$(packages) build test demo
-	$(configure) release -DZEB_BUILD_BENCH=OFF
-	@if [ -f examples/CMakeLists.txt ]; then $(build) release --target run-hosting; \
-	  else echo 'The example is absent: there is no examples/CMakeLists.txt.'; fi
+	$(build) release --target run-hosting
 
-bench: ## Measure against the peers and write docs/performance.md
-	$(heading) 'the benchmark'
-	$(packages) build test demo bench
-	$(configure) release -DZEB_BUILD_BENCH=ON
-	@if [ -f bench/CMakeLists.txt ]; then $(build) release --target zeb_bench && \
-	    build/release/bench/zeb_bench && tools/performance_page.py; \
-	  else echo 'The benchmark is absent: there is no bench/CMakeLists.txt.'; fi
+bench: $(bench) ## Measure against the peers and rewrite docs/performance.md
+	$(heading) 'all rows'
+	$(bench)
+	tools/performance_page.py
+
+check: test gates ## Everything that CI runs: test, then the gates
+
+format: ## Format every source in place
+	$(packages) gates
+	tools/check_format.sh --fix
+
+coverage: ## Run every test and report which lines and branches it reached
+	$(heading) 'which lines and branches the tests reach'
+	$(packages) gates
+	$(configure) coverage
+	$(build) coverage
+	find build/coverage -name '*.gcda' -delete
+	$(ctest) coverage
+	mkdir -p build/coverage/report
+	gcovr --root . --filter src/ --filter include/ --exclude-throw-branches \
+	  --html-details build/coverage/report/index.html --txt --print-summary build/coverage
 
 help: ## Show this list
 	@awk -F ':.*## ' '/^##@/ { printf "\n%s\n", substr($$0, 5) } \
-	  /^[a-z-]+:.*## / { printf "  %-18s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
+	  /^[a-z-]+:.*## / { printf "  %-15s %s\n", $$1, $$2 }' $(MAKEFILE_LIST)
+
+##@ Gates
+
+gates := gate-floors gate-format gate-exports gate-hardening gate-asan gate-tsan gate-clang \
+  gate-tidy gate-memcheck gate-bench
+.PHONY: $(gates) gate-packages
+gates: $(gates) demo ## All of them, and the demo
+
+gate-floors: gate-packages ## No include runs up to a higher floor
+	$(heading) 'the direction of every include'
+	tools/check_floors.py
+
+gate-format: gate-packages ## The sources look as .clang-format says
+	$(heading) 'the look of the sources'
+	tools/check_format.sh
+
+gate-exports: release ## The library exports its eleven names and nothing else
+	$(heading) 'what the library exports'
+	tools/check_exports.sh $(library) src/frame/exports.txt libzeb.so.4
+
+gate-hardening: release ## The library is built with every hardening
+	$(heading) 'how the library is hardened'
+	tools/check_hardening.sh $(library) build/release/compile_commands.json $(CURDIR)/src
+
+gate-asan: ## Every test under the address, undefined-behaviour and leak sanitizers
+gate-tsan: ## Every test under the thread sanitizer
+gate-clang: ## Everything built by clang, with its thread-safety analysis, and every test
+gate-asan gate-tsan gate-clang: export ZEB_TOOLS_REQUIRED = 1
+gate-asan gate-tsan gate-clang: gate-%: gate-packages
+	$(heading) 'build and tests of the preset $*'
+	$(configure) $*
+	$(build) $*
+	$(ctest) $*
+
+gate-tidy: gate-packages ## clang-tidy finds nothing
+	$(heading) 'clang-tidy over the library and its headers'
+	$(configure) clang
+	tools/run_tidy.sh build/clang
+
+gate-memcheck: gate-packages release ## The tests of each room under valgrind
+	$(heading) 'the tests under valgrind'
+	$(ctest) release -C Memcheck -L memcheck
+
+gate-bench: $(bench) ## Every row of the benchmark, briefly
+	$(heading) 'a short run of all rows'
+	$(bench) --quick --json $(bench).quick.json
+
+# --- what the targets above start from --------------------------------------------------------------
+
+.PHONY: release $(bench)
+release:
+	$(heading) 'the release build'
+	$(packages)
+	$(configure) release -DZEB_BUILD_BENCH=OFF
+	$(build) release
+
+$(bench):
+	$(heading) 'the release build with the benchmark'
+	$(packages) bench
+	$(configure) release -DZEB_BUILD_BENCH=ON
+	$(build) release --target zeb_bench
+
+gate-packages:
+	$(packages) bench gates

@@ -204,7 +204,7 @@ ZEBString* AtomTable::find(const TextKey& key) const noexcept {
 }
 
 void AtomTable::dropUser() noexcept {
-  if (--users_ == 0) tearDown();
+  if (users_ > 0 && --users_ == 0) tearDown();
 }
 
 void AtomTable::tearDown() noexcept {

@@ -91,7 +91,7 @@ class AtomTable {
   Table table_;  // searched without the lock, changed under it
   std::array<ZEBString*, kRingSize> ring_ ZEB_GUARDED_BY(lock_){};
   unsigned cursor_ ZEB_GUARDED_BY(lock_) = 0;
-  RetireList<ZEBString> retiredAtoms_ ZEB_GUARDED_BY(lock_);
+  RetireList<ZEBString, kRingSize> retiredAtoms_ ZEB_GUARDED_BY(lock_);
   RetireList<Array> retiredArrays_ ZEB_GUARDED_BY(lock_);
   ZEBString* permanent_ = nullptr;  // "."; held as long as the table is there
   int32_t users_ = 0;

@@ -2,11 +2,8 @@
 
 namespace zeb {
 
-constinit EventSlots eventSlots{
-    [](const char*, int32_t) -> ZEBEventCounter* { return nullptr; },
-    [](ZEBEventCounter*) {},
-    [](ZEBEventCounter*, uint64_t) {},
-    [](ZEBEventCounter*) -> Tally* { return nullptr; },
+constinit RegisterCounter registerCounter = [](const char*, int32_t) {
+  return EventRegistration{};
 };
 
 }  // namespace zeb
@@ -14,22 +11,19 @@ constinit EventSlots eventSlots{
 namespace ZEB_T_MT {
 
 bool CZEBEventCounter::initialise() {
-  handle_ = zeb::eventSlots.create(name_, criticality_);
-  tally_ = handle_ != nullptr ? zeb::eventSlots.tallyOf(handle_) : nullptr;
+  registration_ = zeb::registerCounter(name_, criticality_);
   return true;
 }
 
 void CZEBEventCounter::terminate() {
-  if (handle_ == nullptr) return;
-  ZEBEventCounter* handle = handle_;
-  handle_ = nullptr;
-  tally_ = nullptr;
-  zeb::eventSlots.destroy(handle);
+  const zeb::EventRegistration registration = registration_;
+  registration_ = {};
+  if (registration.handle != nullptr) registration.remove(registration.handle);
 }
 
-void CZEBEventCounter::signalHandle(uint64_t times) const noexcept {
+void CZEBEventCounter::signalForeign(uint64_t times) const noexcept {
   try {
-    for (; times > 0; --times) zeb::eventSlots.signal(handle_, 1);
+    for (; times > 0; --times) registration_.signal(registration_.handle, 1);
   } catch (...) {  // a count that is lost harms nobody
   }
 }

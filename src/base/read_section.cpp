@@ -6,6 +6,8 @@ constinit std::array<Cell, kExclusiveThreadSlots> cells{};
 
 Moment Moment::now() noexcept {
   Moment moment;
+  moment.proven = heavyFence();
+  moment.anybodyReading = !moment.proven;
   const unsigned used = exclusiveThreadSlotsUsed();
   for (unsigned slot = 0; slot < used; ++slot) {
     const uint64_t sequence = cells[slot].sequence.load(std::memory_order_seq_cst);
@@ -15,7 +17,14 @@ Moment Moment::now() noexcept {
   return moment;
 }
 
+bool onlyReaderIsCaller() noexcept {
+  // A thread that gets a further cell moves the number before it first enters a section, and so
+  // either is seen here or sees what the caller has unlinked.
+  return exclusiveThreadSlotsUsed() == 1 && threadSlot() == 0;
+}
+
 bool Moment::passed() const noexcept {
+  if (!proven) return false;
   for (unsigned slot = 0; slot < sequences.size(); ++slot) {
     const bool wasReading = (sequences[slot] & 1) != 0;
     if (wasReading && cells[slot].sequence.load(std::memory_order_seq_cst) == sequences[slot]) {

@@ -5,12 +5,15 @@
 // RetireList, which hands it back for freeing as soon as every section that could have reached it
 // has ended. Nobody waits for anybody: what is still in sight is handed back by a later call.
 //
-// Why that is safe: entering, the searching loads, the unlinking stores and the writer's look at
-// the cells are all sequentially consistent. If the writer finds a cell at rest, the section that
-// follows in that cell starts after the unlinking in their one order and cannot find the object. If
-// it finds a section under way, it frees nothing until that cell has moved on. Leaving is a release
-// store that the writer's look acquires, so the reader's last access happens before the object is
-// freed.
+// Why that is safe: entering stores to the cell and passes a light fence before it searches; a
+// writer unlinks and passes the heavy fence before it looks at the cells
+// (platform/asymmetric_fence.h). So either the writer sees the section under way, and frees nothing
+// until that cell has moved on; or the section sees the object unlinked, and cannot find it.
+// Leaving is a release store that the writer's look acquires, so the reader's last access happens
+// before the object is freed.
+//
+// The heavy fence is dear, so objects are collected and looked after by the batch. It is not needed
+// at all while the writer's is the only thread that has ever had a cell.
 //
 // Sections do not nest, and nothing is called out of a section.
 #ifndef ZEB_BASE_READ_SECTION_H
@@ -20,6 +23,7 @@
 #include <atomic>
 #include <cstdint>
 
+#include "platform/asymmetric_fence.h"
 #include "platform/thread_slot.h"
 
 namespace zeb {
@@ -35,11 +39,16 @@ extern constinit std::array<Cell, kExclusiveThreadSlots> cells;
 struct Moment {
   std::array<uint64_t, kExclusiveThreadSlots> sequences{};
   bool anybodyReading = false;
+  bool proven = true;  // false: the fence was refused, and nothing is known
 
+  // With the heavy fence before it.
   static Moment now() noexcept;
   // True when every section that was under way at that moment has ended.
   [[nodiscard]] bool passed() const noexcept;
 };
+
+// True when no other thread than the calling one can be in a section. The caller itself is not.
+[[nodiscard]] bool onlyReaderIsCaller() noexcept;
 }  // namespace read_section
 
 class ReadSection {
@@ -48,7 +57,7 @@ class ReadSection {
     const unsigned slot = threadSlot();
     if (slot == kSharedThreadSlot) return;
     cell_ = &read_section::cells[slot].sequence;
-    cell_->store(cell_->load(std::memory_order_relaxed) + 1, std::memory_order_seq_cst);
+    storeThenLightFence(*cell_, cell_->load(std::memory_order_relaxed) + 1);
   }
   ~ReadSection() {
     if (cell_ == nullptr) return;
@@ -65,8 +74,9 @@ class ReadSection {
 };
 
 // Objects that are unlinked but may still be in somebody's sight. `T` offers `T* nextRetired`. The
-// owner's lock guards the list.
-template <class T>
+// owner's lock guards the list. Up to `kBatch` - 1 objects may wait for company before anybody
+// looks whether they are still seen.
+template <class T, unsigned kBatch = 1>
 class RetireList {
  public:
   constexpr RetireList() noexcept = default;
@@ -75,15 +85,21 @@ class RetireList {
   void add(T* object) noexcept {
     object->nextRetired = fresh_;
     fresh_ = object;
+    ++freshCount_;
   }
 
   // A chain of objects that nobody can see any more. Free them after leaving the lock.
   [[nodiscard]] T* takeUnseen() noexcept {
     T* unseen = nullptr;
     if (waiting_ != nullptr && since_.passed()) moveAll(waiting_, unseen);
-    if (fresh_ == nullptr || waiting_ != nullptr) return unseen;
-    since_ = read_section::Moment::now();
-    moveAll(fresh_, since_.anybodyReading ? waiting_ : unseen);
+    if (fresh_ == nullptr) return unseen;
+    if (read_section::onlyReaderIsCaller()) {
+      moveAll(waiting_, unseen);
+      moveFresh(unseen);
+    } else if (freshCount_ >= kBatch && waiting_ == nullptr) {
+      since_ = read_section::Moment::now();
+      moveFresh(since_.anybodyReading ? waiting_ : unseen);
+    }
     return unseen;
   }
 
@@ -91,7 +107,7 @@ class RetireList {
   [[nodiscard]] T* takeAll() noexcept {
     T* all = nullptr;
     moveAll(waiting_, all);
-    moveAll(fresh_, all);
+    moveFresh(all);
     return all;
   }
 
@@ -105,7 +121,13 @@ class RetireList {
     }
   }
 
-  T* fresh_ = nullptr;    // retired after `since_`
+  void moveFresh(T*& to) noexcept {
+    moveAll(fresh_, to);
+    freshCount_ = 0;
+  }
+
+  T* fresh_ = nullptr;  // retired after `since_`
+  unsigned freshCount_ = 0;
   T* waiting_ = nullptr;  // retired before `since_`
   read_section::Moment since_;
 };

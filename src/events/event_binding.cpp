@@ -14,19 +14,15 @@ constexpr EventBinding::Requests kRequests{{ZEB_EVENT_PROCS(ZEB_PROC_REQUEST)}};
 constinit EventBinding binding{ZEB_EVENT_INTERFACE, kRequests};
 constinit bool unusable = false;
 
-ZEBEventCounter* create(const char* name, int32_t criticality) {
-  return eventsAvailable() ? binding.procs().NewEventCounter(name, criticality) : nullptr;
-}
-
-// Through the procs that made the counter: they stay fetched until disconnectCounters.
-void destroy(ZEBEventCounter* counter) { binding.procs().DeleteEventCounter(counter); }
-
-void signal(ZEBEventCounter* counter, uint64_t amount) {
-  binding.procs().SignalEventCounter(counter, amount);
-}
-
-Tally* tallyOf(ZEBEventCounter* counter) {
-  return isLibrarySignal(binding.procs().SignalEventCounter) ? &counter->total : nullptr;
+EventRegistration registerThroughInterface(const char* name, int32_t criticality) {
+  if (!eventsAvailable()) return {};
+  const ZEBEventProcs& procs = binding.procs();
+  ZEBEventCounter* handle = procs.NewEventCounter(name, criticality);
+  if (handle == nullptr) return {};
+  return {.handle = handle,
+          .signal = procs.SignalEventCounter,
+          .remove = procs.DeleteEventCounter,
+          .tally = isLibrarySignal(procs.SignalEventCounter) ? &handle->total : nullptr};
 }
 
 }  // namespace
@@ -36,9 +32,7 @@ bool eventsAvailable() noexcept {
   return !unusable;
 }
 
-void connectCounters() noexcept {
-  eventSlots = {.create = create, .destroy = destroy, .signal = signal, .tallyOf = tallyOf};
-}
+void connectCounters() noexcept { registerCounter = registerThroughInterface; }
 
 void disconnectCounters() noexcept { binding.invalidate(); }
 

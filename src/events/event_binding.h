@@ -5,7 +5,7 @@
 
 namespace zeb::events {
 
-// Fills the slots of base/event_counter.h, so that counters can be registered.
+// Fills the slot of base/event_counter.h, so that counters can be registered.
 void connectCounters() noexcept;
 
 // Forgets the fetched procs.

@@ -12,13 +12,14 @@ constinit ProcTable table;
 
 // What a search without lock and references came to.
 struct Answer {
-  bool certain;  // false: some name is not an atom yet, or this thread cannot search so
+  bool certain;  // false: some name may not be an atom yet, or another thread is in the way
   ZEBProc proc;
 };
 
 Answer searchInSection(const ProcKey& key) noexcept {
-  if (const ProcEntry* entry = table.search(key)) return {true, entry->proc};
-  return {atoms::areKnown(key.names), nullptr};
+  const auto found = table.search(key);
+  if (found.node != nullptr) return {true, found.node->proc};
+  return {found.certain && atoms::areKnown(key.names), nullptr};
 }
 
 Answer searchUnlocked(const ProcKey& key) noexcept {

@@ -26,13 +26,13 @@ ProcTable::Leftovers::~Leftovers() {
   disposeRetired(arrays, [](Array* array) { freeObject(array); });
 }
 
-const ProcEntry* ProcTable::search(const ProcKey& key) const noexcept {
-  return table_.find(key.hash, [&](const ProcEntry& entry) { return entry.isFor(key); });
+ProcTable::Table::Found ProcTable::search(const ProcKey& key) const noexcept {
+  return table_.search(key.hash, [&](const ProcEntry& entry) { return entry.isFor(key); });
 }
 
 ZEBProc ProcTable::findLocked(const ProcKey& key) noexcept {
   const SpinGuard guard(lock_);
-  const ProcEntry* entry = search(key);
+  const ProcEntry* entry = search(key).node;
   return entry != nullptr ? entry->proc : nullptr;
 }
 
@@ -51,7 +51,7 @@ ProcTable::Outcome ProcTable::tryInsert(const ProcKey& key, ProcEntry* entry, Ob
                                         uint64_t& arrayCapacity) noexcept {
   Leftovers leftovers;  // freed after the guard is gone
   const SpinGuard guard(lock_);
-  if (search(key) != nullptr) return Outcome::taken;
+  if (search(key).node != nullptr) return Outcome::taken;
   if (!table_.hasRoom()) {
     const uint64_t wanted = std::max(table_.capacity() * 2, kFirstCapacity);
     if (!array || arrayCapacity < wanted) {

@@ -45,6 +45,8 @@ struct ProcEntry {
 
 class ProcTable {
  public:
+  using Table = ConcurrentTable<ProcEntry>;
+
   constexpr ProcTable() noexcept = default;
   ProcTable(const ProcTable&) = delete;
   ProcTable& operator=(const ProcTable&) = delete;
@@ -52,8 +54,8 @@ class ProcTable {
   // False until the first insertion and after clear.
   [[nodiscard]] bool exists() const noexcept { return table_.exists(); }
 
-  // Inside a read section, or from under the lock.
-  [[nodiscard]] const ProcEntry* search(const ProcKey& key) const noexcept;
+  // Inside a read section.
+  [[nodiscard]] Table::Found search(const ProcKey& key) const noexcept;
 
   [[nodiscard]] ZEBProc findLocked(const ProcKey& key) noexcept ZEB_EXCLUDES(lock_);
 
@@ -66,7 +68,6 @@ class ProcTable {
   void forget() noexcept { (void)table_.release(); }
 
  private:
-  using Table = ConcurrentTable<ProcEntry>;
   using Array = Table::Array;
   enum class Outcome { inserted, taken, full };
 

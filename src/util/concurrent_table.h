@@ -4,14 +4,13 @@
 // reader holds a read section (base/read_section.h), which keeps every node and every array that it
 // can reach from being freed.
 //
-// What a reader is promised: a node that it gets was in the table during the search. What it is not
-// promised: to find a node while removals shift nodes past it or while the table grows. A reader
-// that finds nothing therefore asks again under the lock before it acts on the absence.
+// What a reader is promised: a node that it gets was in the table during the search. An absence is
+// certain unless a removal moved nodes meanwhile, perhaps past the reader; the search says so. A
+// reader that needs to know asks again under the lock.
 //
-// Why the slots are sequentially consistent: a remover first clears the slot and then asks whether
-// anybody is reading; a reader first announces itself and then looks at slots. In the one order
-// that all of these agree on, either the remover sees the reader or the reader sees the cleared
-// slot.
+// Slots are stored and loaded sequentially consistently. Thus a reader that finds the version even
+// and unchanged around its search has seen no slot in the middle of a removal, and a reader who
+// announced itself before the search is seen by a remover who looks after it has cleared the slot.
 #ifndef ZEB_UTIL_CONCURRENT_TABLE_H
 #define ZEB_UTIL_CONCURRENT_TABLE_H
 
@@ -48,11 +47,26 @@ class ConcurrentTable {
     }
   };
 
+  // What a search came to.
+  struct Found {
+    Node* node;    // null: not found
+    bool certain;  // false: not found, but a removal was under way
+  };
+
   constexpr ConcurrentTable() noexcept = default;
 
   [[nodiscard]] bool exists() const noexcept { return array_.load(std::memory_order_seq_cst); }
 
   // For readers in a read section and for the writer.
+  template <class Matches>
+  [[nodiscard]] Found search(uint64_t hash, Matches matches) const noexcept {
+    const uint64_t version = version_.load(std::memory_order_seq_cst);
+    if (Node* node = find(hash, matches)) return {node, true};
+    const bool removing = (version & 1) != 0;
+    return {nullptr, !removing && version_.load(std::memory_order_seq_cst) == version};
+  }
+
+  // The same without a word about certainty.
   template <class Matches>
   [[nodiscard]] Node* find(uint64_t hash, Matches matches) const noexcept {
     const Array* array = array_.load(std::memory_order_seq_cst);
@@ -106,7 +120,9 @@ class ConcurrentTable {
       if (here == nullptr) return false;
       if (here == node) break;
     }
+    moveVersion();
     closeHole(*array, hole & array->mask);
+    moveVersion();
     --count_;
     return true;
   }
@@ -146,6 +162,11 @@ class ConcurrentTable {
     fill(at(array, position), node, node->hash);
   }
 
+  // Odd while a removal moves nodes.
+  void moveVersion() noexcept {
+    version_.store(version_.load(std::memory_order_relaxed) + 1, std::memory_order_seq_cst);
+  }
+
   // Moves later nodes of the same run down, so that no search ends early at the hole.
   static void closeHole(Array& array, uint64_t hole) noexcept {
     for (uint64_t next = hole + 1;; ++next) {
@@ -161,6 +182,7 @@ class ConcurrentTable {
   }
 
   std::atomic<Array*> array_{nullptr};
+  std::atomic<uint64_t> version_{0};
   uint64_t count_ = 0;  // the writer's
 };
 

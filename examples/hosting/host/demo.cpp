@@ -1,0 +1,313 @@
+#include "host/demo.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/allocation_table.h"
+#include "host/counting_allocator.h"
+#include "host/error_log.h"
+#include "host/event_table.h"
+#include "host/job_client.h"
+#include "host/job_report.h"
+#include "host/library.h"
+#include "host/module_loader.h"
+#include "host/output.h"
+#include "interfaces/digest.h"
+#include "support/error.h"
+
+namespace hosting {
+namespace {
+
+// The change counter of a first start. A host that starts the library again passes what the last
+// stop returned.
+constexpr uint32_t kFirstChangeCount = 1;
+
+std::string told(const Error& error) {
+  return fmt::format("{} ({} {})", error.message(), error.component(), error.id());
+}
+
+class Demo {
+ public:
+  Demo(const Options& options, const std::string& text) : options_(options), text_(text) {}
+
+  ExitStatus run();
+
+ private:
+  void startLibrary();
+  void loadModules();
+  void runJob();
+  void letCallsFail();
+  void replaceModules();
+  void runJobAgain();
+  void showEventCounters();
+  void stopAll();
+  [[nodiscard]] ExitStatus conclude() const;
+
+  [[nodiscard]] const Services& zeb() const { return library_->services(); }
+  void loadFolder(const std::filesystem::path& folder);
+  void unloadReplacedModules();
+  void runJobInto(JobResult* result);
+  void showAtomIdentity();
+  [[nodiscard]] Error digestToNowhere() const;
+
+  // Notes a problem unless the condition holds; the demo goes on and fails at its end.
+  void expect(bool condition, const std::string& problem);
+  // The same unless the error report was told exactly this since the last look.
+  void expectReports(const std::vector<std::string>& messages);
+  void expectNothingLive(const char* allocator, const AllocationCounts& counts);
+
+  const Options& options_;
+  const std::string& text_;
+  std::vector<std::string> problems_;
+  std::optional<Library> library_;
+  std::optional<ModuleLoader> modules_;
+  std::optional<JobClient> job_;
+  // Declared last, so destroyed first: they hold atoms, which go before the library stops.
+  JobResult before_;
+  JobResult after_;
+};
+
+ExitStatus Demo::run() {
+  // Before anything starts: a missing folder should not be noticed half way.
+  filesOf(options_.modules);
+  filesOf(options_.replacement);
+
+  printTitle(
+      "Hosting with libzeb: one library, two modules, and one of them replaced while running");
+  startLibrary();
+  loadModules();
+  runJob();
+  letCallsFail();
+  replaceModules();
+  runJobAgain();
+  showEventCounters();
+  stopAll();
+  return conclude();
+}
+
+void Demo::startLibrary() {
+  printStep(
+      "Start the library",
+      {"The host is not linked with the library: it loads the file at run time. It hands over",
+       "its own allocators, which count every block, and a procedure for error reports."});
+  library_.emplace(options_.library, kFirstChangeCount, options_.keepMapped);
+  modules_.emplace(zeb().getProcAddress, options_.keepMapped);
+  job_.emplace(zeb());
+
+  printRow("library", shortPath(options_.library));
+  printRow("version",
+           fmt::format("{}.{}", library_->version() >> 16, library_->version() & 0xFFFFU));
+  printRow("change counter", fmt::to_string(zeb().frame.GetUnregisterCount()));
+  printRow("memory",
+           fmt::format("{} blocks, {} bytes so far", grouped(countsOfMemoryProcs().liveBlocks),
+                       grouped(countsOfMemoryProcs().liveBytes)));
+}
+
+void Demo::loadModules() {
+  printStep("Load the modules",
+            {"Modules are linked with nothing. Each is given the library's look-up function and",
+             "registers what it offers under names; all others find it by these names only."});
+  loadFolder(options_.modules);
+  if (!job_->isPublished()) {
+    throw Failure(
+        ExitStatus::badModules,
+        fmt::format("no module in {} publishes " HOSTING_JOB_INTERFACE, options_.modules.string()));
+  }
+}
+
+void Demo::loadFolder(const std::filesystem::path& folder) {
+  printRow("from", shortPath(folder));
+  for (const LoadOutcome& outcome : modules_->loadFolder(folder)) {
+    if (outcome.problem.empty()) {
+      printRow("started", outcome.file);
+    } else {
+      printRow("skipped", fmt::format("{}: {}", outcome.file, outcome.problem));
+    }
+  }
+}
+
+void Demo::runJob() {
+  printStep(
+      fmt::format("Run the job on {}", shortPath(options_.file)),
+      {"The host finds the job by name. The job finds a digest by name, fetches all its procs",
+       "at once, and turns every word into an atom: equal words are one pointer."});
+  runJobInto(&before_);
+
+  printRow("bytes", grouped(text_.size()));
+  printWords(before_);
+  showAtomIdentity();
+}
+
+void Demo::runJobInto(JobResult* result) {
+  const Error error = job_->run(result, nullptr, text_);
+  if (error) throw Failure(ExitStatus::failed, fmt::format("the job failed: {}", told(error)));
+}
+
+void Demo::showAtomIdentity() {
+  if (before_.topWordCount == 0) {
+    printRow("same atom", "cannot be shown: the file has no words");
+    return;
+  }
+  const Atom& word = before_.topWords[0].word;
+  const std::string copy = word.text();
+  const bool same = Atom::intern(zeb().strings, copy.c_str()) == word;
+  printRow("same atom",
+           fmt::format("{}: the host's own atom of \"{}\" is {} pointer as the job's",
+                       same ? "yes" : "no", shortened(copy), same ? "the same" : "not the same"));
+  expect(same, "equal words gave different atoms");
+}
+
+void Demo::letCallsFail() {
+  printStep(
+      "Let calls fail",
+      {"A proc that fails hands back an error object. The job passes on what the digest gave",
+       "it; the host reads it and releases it. Each was reported to the host when it was made."});
+  JobResult unused;
+  const Error unknown = job_->run(&unused, "md5", text_);
+  const Error nowhere = digestToNowhere();
+  expectReports({unknown.message(), nowhere.message()});
+
+  std::vector<std::vector<std::string>> rows;
+  const auto show = [&](const char* asked, const Error& error) {
+    rows.push_back({asked, error.message(), error.component(), fmt::to_string(error.id())});
+    expect(static_cast<bool>(error), fmt::format("a call that must fail did not: {}", asked));
+  };
+  show("a digest by md5", unknown);
+  show("a digest to null", nowhere);
+  printTable({{"asked for"}, {"message"}, {"component"}, {"id", Align::right}}, rows);
+
+  const bool found =
+      zeb().getProcAddress(HOSTING_DIGEST_INTERFACE, "Digest", "HostingDigestProcV9") != nullptr;
+  printBlankLine();
+  printRow("a later version", found
+                                  ? "found, which must not be"
+                                  : "not published: the look-up answers null, the caller decides");
+  expect(!found, "a proc was found that nobody published");
+}
+
+// Fetches one proc by its three names, where the job fetches the whole interface.
+Error Demo::digestToNowhere() const {
+  const auto digest = reinterpret_cast<HostingDigestProcV2>(
+      zeb().getProcAddress(HOSTING_DIGEST_INTERFACE, "Digest", "HostingDigestProcV2"));
+  if (digest == nullptr) {
+    throw Failure(ExitStatus::badModules, "no module publishes " HOSTING_DIGEST_INTERFACE);
+  }
+  return {zeb(), digest(nullptr, nullptr, text_.data(), text_.size())};
+}
+
+void Demo::replaceModules() {
+  printStep(
+      "Replace the digest",
+      {"The host stops the module, which unregisters its interface: the change counter moves.",
+       "Then it unloads the file. Until another module publishes the names, the job fails."});
+  const uint32_t counterBefore = zeb().frame.GetUnregisterCount();
+  unloadReplacedModules();
+  const uint32_t counterNow = zeb().frame.GetUnregisterCount();
+  printRow("change counter", fmt::format("{} before, {} now", counterBefore, counterNow));
+  expect(counterNow != counterBefore, "the change counter stood still");
+
+  JobResult unused;
+  const Error error = job_->run(&unused, nullptr, text_);
+  printRow("the job now", error ? told(error) : "works, which must not be");
+  expect(static_cast<bool>(error), "the job worked without a digest");
+  expectReports({error.message()});
+
+  printBlankLine();
+  loadFolder(options_.replacement);
+}
+
+// A file of the replacement folder takes the place of the module with the same file name.
+void Demo::unloadReplacedModules() {
+  bool any = false;
+  for (const std::filesystem::path& file : filesOf(options_.replacement)) {
+    const Module* const module = modules_->find(file.filename().string());
+    if (module == nullptr) continue;
+    any = true;
+    const std::string name = module->name();
+    const std::filesystem::path path = module->path();
+    modules_->unload(name);
+    printRow("stopped", fmt::format("{}, {}", name, isMapped(path) ? "still mapped" : "unmapped"));
+  }
+  if (any) return;
+  throw Failure(ExitStatus::badModules,
+                fmt::format("nothing in {} has the file name of a running module",
+                            options_.replacement.string()));
+}
+
+void Demo::runJobAgain() {
+  printStep(
+      "Run the job again",
+      {"Nobody told the job. It compares the change counter with the value at which it fetched",
+       "the digest's procs, sees that it has moved, and fetches them again."});
+  runJobInto(&after_);
+
+  printComparison(before_, after_);
+  expect(after_.boundAt != before_.boundAt, "the job did not notice that the digest was replaced");
+  expect(after_.wordCount == before_.wordCount, "the same file has another number of words now");
+}
+
+void Demo::showEventCounters() {
+  printStep(
+      "Look at the event counters",
+      {"Library and modules count what they do in named counters; a snapshot copies them all.",
+       "A larger criticality means more important; -1 is of interest only when asked for."});
+  printEventTable(zeb().events);
+}
+
+void Demo::stopAll() {
+  printStep("Stop",
+            {"The host gives back its atoms, the modules stop, then the library does. It reports",
+             "atoms that anybody still holds, and the host's allocators know what was not freed."});
+  before_ = {};
+  after_ = {};
+  modules_->unloadAll();
+  const uint32_t changeCount = library_->stop();
+  printRow("change counter", fmt::format("{}, to be passed to the next start", changeCount));
+
+  const std::vector<std::string> reports = takeErrorLog();
+  printRow("error reports", reports.empty() ? "none" : fmt::to_string(reports.size()));
+  for (const std::string& report : reports) expect(false, "the library reported: " + report);
+
+  printBlankLine();
+  printAllocationTable();
+  expectNothingLive("memory procs", countsOfMemoryProcs());
+  expectNothingLive("page pair", countsOfPagePair());
+  expect(countsOfMemoryProcs().allocations > 0, "the library never used the host's memory procs");
+}
+
+void Demo::expect(bool condition, const std::string& problem) {
+  if (!condition) problems_.push_back(problem);
+}
+
+void Demo::expectReports(const std::vector<std::string>& messages) {
+  const std::vector<std::string> told = takeErrorLog();
+  expect(told == messages, fmt::format("the error report was told {} and not {}", told, messages));
+}
+
+void Demo::expectNothingLive(const char* allocator, const AllocationCounts& counts) {
+  expect(counts.liveBlocks == 0, fmt::format("{} blocks of the {} were not given back",
+                                             grouped(counts.liveBlocks), allocator));
+}
+
+ExitStatus Demo::conclude() const {
+  if (problems_.empty()) {
+    fmt::print("\nEvery step worked and nothing leaked.\n");
+    return ExitStatus::success;
+  }
+  fmt::print("\nNot everything is as it must be:\n");
+  for (const std::string& problem : problems_) fmt::print("  - {}\n", problem);
+  return ExitStatus::failed;
+}
+
+}  // namespace
+
+ExitStatus runDemo(const Options& options, const std::string& text) {
+  return Demo(options, text).run();
+}
+
+}  // namespace hosting

@@ -1,0 +1,19 @@
+// The demo: its steps in their order.
+#ifndef HOSTING_HOST_DEMO_H
+#define HOSTING_HOST_DEMO_H
+
+#include <string>
+
+#include "host/failure.h"
+#include "host/options.h"
+
+namespace hosting {
+
+// Runs all steps on a text and prints what happens. Returns success, or failed when something
+// leaked or did not behave as it must. Throws Failure when it cannot go on; modules and library
+// are then stopped already.
+ExitStatus runDemo(const Options& options, const std::string& text);
+
+}  // namespace hosting
+
+#endif

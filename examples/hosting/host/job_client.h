@@ -1,0 +1,54 @@
+// The job as the host sees it: an interface found by name.
+#ifndef HOSTING_HOST_JOB_CLIENT_H
+#define HOSTING_HOST_JOB_CLIENT_H
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "interfaces/job.h"
+#include "support/atom.h"
+#include "support/error.h"
+#include "support/services.h"
+
+namespace hosting {
+
+struct WordCount {
+  Atom word;
+  uint64_t count = 0;
+};
+
+// HostingJobResult with its atoms held.
+struct JobResult {
+  uint64_t wordCount = 0;
+  uint64_t distinctWordCount = 0;
+  std::array<WordCount, HOSTING_JOB_TOP_WORDS> topWords;
+  size_t topWordCount = 0;
+  Atom digestName;
+  uint64_t digest = 0;
+  uint32_t digestV1 = 0;
+  uint32_t boundAt = 0;
+  uint32_t timesBound = 0;
+};
+
+// Looks the job up for each run. That is slow and never out of date, which suits a caller that runs
+// it three times; words/digest_binding.h shows how to keep procs.
+class JobClient {
+ public:
+  // The services must outlive this object.
+  explicit JobClient(const Services& services) : services_(services) {}
+
+  // Whether a module publishes the job now.
+  [[nodiscard]] bool isPublished() const;
+
+  // Runs the job; *result changes only on success.
+  Error run(JobResult* result, const char* algorithm, std::string_view text) const;
+
+ private:
+  const Services& services_;
+};
+
+}  // namespace hosting
+
+#endif

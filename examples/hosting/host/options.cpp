@@ -1,0 +1,91 @@
+#include "host/options.h"
+
+#include <CLI/CLI.hpp>
+#include <string>
+
+#include "host/failure.h"
+
+// Where the build puts things, relative to the folder of this program. Set by CMakeLists.txt.
+#if !defined(HOSTING_DEFAULT_FILE) || !defined(HOSTING_DEFAULT_LIBRARY)
+#error "the build must say where the library and the default file are"
+#endif
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define HOSTING_SANITIZED 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define HOSTING_SANITIZED 1
+#endif
+#endif
+
+namespace hosting {
+namespace {
+
+// A sanitizer's report names functions by their place in memory: of an unloaded file it could only
+// say "unknown module".
+#if defined(HOSTING_SANITIZED)
+constexpr bool kKeepMappedByDefault = true;
+#else
+constexpr bool kKeepMappedByDefault = false;
+#endif
+
+constexpr const char* kFooter =
+    "Exit status:\n"
+    "  0  every step worked and nothing leaked\n"
+    "  1  a step failed, or something leaked\n"
+    "  2  the command line is wrong\n"
+    "  3  FILE is missing, unreadable, empty or not a text\n"
+    "  4  the library cannot be loaded or started\n"
+    "  5  a module folder is missing, or a module that is needed\n";
+
+std::filesystem::path programFolder() {
+  return std::filesystem::read_symlink("/proc/self/exe").parent_path();
+}
+
+Options defaults() {
+  const std::filesystem::path here = programFolder();
+  Options options;
+  options.file = (here / HOSTING_DEFAULT_FILE).lexically_normal();
+  options.library = (here / HOSTING_DEFAULT_LIBRARY).lexically_normal();
+  options.modules = here / "modules";
+  options.replacement = here / "replacement";
+  options.keepMapped = kKeepMappedByDefault;
+  return options;
+}
+
+}  // namespace
+
+std::optional<Options> parseOptions(int argc, char** argv, int* exitStatus) {
+  Options options = defaults();
+  CLI::App app(
+      "Loads libzeb at run time and modules from a folder, lets them work on a text file,\n"
+      "replaces one of them while running, and shows that nothing leaked.",
+      "hosting_host");
+  app.add_option("FILE", options.file, "Text to work on\n(default: README.md of this repository)")
+      ->type_name("");
+  app.add_option("--library", options.library, "Library to load\n(default: the one of this build)")
+      ->type_name("PATH");
+  app.add_option("--modules", options.modules,
+                 "Folder of the modules\n(default: modules beside this program)")
+      ->type_name("FOLDER");
+  app.add_option("--replacement", options.replacement,
+                 "Folder of the modules that take over, each for\n"
+                 "the module with the same file name\n"
+                 "(default: replacement beside this program)")
+      ->type_name("FOLDER");
+  app.add_flag("--keep-mapped", options.keepMapped,
+               "Keep files in memory when they are unloaded,\nfor debuggers and the like\n"
+               "(always so in a build with sanitizers)");
+  app.footer(kFooter);
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& stop) {
+    const bool asked = app.exit(stop) == 0;
+    *exitStatus = static_cast<int>(asked ? ExitStatus::success : ExitStatus::usage);
+    return std::nullopt;
+  }
+  return options;
+}
+
+}  // namespace hosting

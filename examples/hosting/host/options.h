@@ -1,0 +1,25 @@
+// The command line.
+#ifndef HOSTING_HOST_OPTIONS_H
+#define HOSTING_HOST_OPTIONS_H
+
+#include <filesystem>
+#include <optional>
+
+namespace hosting {
+
+struct Options {
+  std::filesystem::path file;
+  std::filesystem::path library;
+  std::filesystem::path modules;
+  std::filesystem::path replacement;
+  bool keepMapped = false;
+};
+
+// The options as given; what is not given is found relative to this program's own place. Nothing
+// when the command line itself settles the matter: *exitStatus then says how the program ends, and
+// the help or the complaint has been printed.
+std::optional<Options> parseOptions(int argc, char** argv, int* exitStatus);
+
+}  // namespace hosting
+
+#endif

@@ -1,5 +1,0 @@
-#include "zeb/exports.h"
-
-#include <gtest/gtest.h>
-
-TEST(FrameExports, ReportVersionFourPointZero) { EXPECT_EQ(ZEBGetVersion(), 0x40000u); }
