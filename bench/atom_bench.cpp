@@ -29,8 +29,8 @@ namespace zeb::bench {
 
 namespace {
 
-constexpr size_t maximumThreads = 2;
-constexpr size_t newTextsPerThread = 8192;
+constexpr size_t kMaximumThreads = 2;
+constexpr size_t kNewTextsPerThread = 8192;
 
 // Each side's table: make a text's entry or count it up, read it, give it back.
 
@@ -39,14 +39,14 @@ class OurTable {
   using Handle = ZEBString*;
 
   OurTable() {
-    Check(ZEBFetchStringProcs(session_.GetProcAddress(), &procs_), "string procs are missing");
-    make_ = Opaque(procs_.NewStringAtom);
-    release_ = Opaque(procs_.DeleteStringAtom);
+    check(ZEBFetchStringProcs(session_.getProcAddress(), &procs_), "string procs are missing");
+    make_ = opaque(procs_.NewStringAtom);
+    release_ = opaque(procs_.DeleteStringAtom);
   }
 
-  Handle Make(const char* text) { return make_(text); }
-  void Release(Handle handle) { release_(handle); }
-  const char* Text(Handle handle) { return procs_.GetCString(handle); }
+  Handle make(const char* text) { return make_(text); }
+  void release(Handle handle) { release_(handle); }
+  const char* text(Handle handle) { return procs_.GetCString(handle); }
 
  private:
   Session session_;
@@ -60,9 +60,9 @@ class RefStringTable {
  public:
   using Handle = char*;
 
-  Handle Make(const char* text) { return g_ref_string_new_intern(text); }
-  void Release(Handle handle) { g_ref_string_release(handle); }
-  const char* Text(Handle handle) { return handle; }
+  Handle make(const char* text) { return g_ref_string_new_intern(text); }
+  void release(Handle handle) { g_ref_string_release(handle); }
+  const char* text(Handle handle) { return handle; }
 };
 #endif
 
@@ -71,7 +71,7 @@ class CountedMap {
  public:
   using Handle = std::pair<const std::string, size_t>*;
 
-  Handle Make(const char* text) {
+  Handle make(const char* text) {
     const absl::string_view key(text);
     const std::lock_guard lock(mutex_);
     const auto [entry, isNew] = map_.try_emplace(key, 0);
@@ -79,13 +79,13 @@ class CountedMap {
     return &*entry;
   }
 
-  void Release(Handle handle) {
+  void release(Handle handle) {
     const std::lock_guard lock(mutex_);
     if (--handle->second) return;
     map_.erase(map_.find(handle->first));
   }
 
-  const char* Text(Handle handle) { return handle->first.c_str(); }
+  const char* text(Handle handle) { return handle->first.c_str(); }
 
  private:
   std::mutex mutex_;
@@ -97,24 +97,24 @@ class CountedMap {
 class Stock {
  public:
   Stock(size_t live, size_t length)
-      : texts_(live + maximumThreads * newTextsPerThread, length, 5), live_(live) {
+      : texts_(live + kMaximumThreads * kNewTextsPerThread, length, 5), live_(live) {
     const size_t asked = std::max<size_t>(live, 1 << 16);
-    for (size_t thread = 0; thread < maximumThreads; ++thread) {
-      for (const uint32_t index : RandomNumbers(asked, static_cast<uint32_t>(live), 21 + thread))
+    for (size_t thread = 0; thread < kMaximumThreads; ++thread) {
+      for (const uint32_t index : randomNumbers(asked, static_cast<uint32_t>(live), 21 + thread))
         found_[thread].push_back(texts_[index]);
-      for (const uint32_t index : RandomOrder(21 + thread))
-        new_[thread].push_back(texts_[live + thread * newTextsPerThread + index]);
+      for (const uint32_t index : randomOrder(21 + thread))
+        new_[thread].push_back(texts_[live + thread * kNewTextsPerThread + index]);
     }
   }
 
-  size_t Live() const { return live_; }
-  const char* LiveText(size_t index) const { return texts_[index]; }
-  const std::vector<const char*>& Found(size_t thread) const { return found_[thread]; }
-  const std::vector<const char*>& New(size_t thread) const { return new_[thread]; }
+  size_t live() const { return live_; }
+  const char* liveText(size_t index) const { return texts_[index]; }
+  const std::vector<const char*>& found(size_t thread) const { return found_[thread]; }
+  const std::vector<const char*>& fresh(size_t thread) const { return new_[thread]; }
 
  private:
-  static std::vector<uint32_t> RandomOrder(uint64_t seed) {
-    std::vector<uint32_t> order(newTextsPerThread);
+  static std::vector<uint32_t> randomOrder(uint64_t seed) {
+    std::vector<uint32_t> order(kNewTextsPerThread);
     for (uint32_t i = 0; i < order.size(); ++i) order[i] = i;
     Random random(seed);
     std::shuffle(order.begin(), order.end(), random);
@@ -123,8 +123,8 @@ class Stock {
 
   Texts texts_;
   size_t live_;
-  std::array<std::vector<const char*>, maximumThreads> found_;
-  std::array<std::vector<const char*>, maximumThreads> new_;
+  std::array<std::vector<const char*>, kMaximumThreads> found_;
+  std::array<std::vector<const char*>, kMaximumThreads> new_;
 };
 
 // A table with the stock's live texts in it.
@@ -132,29 +132,29 @@ template <class Table>
 class Filled {
  public:
   explicit Filled(const Stock& stock) {
-    handles_.reserve(stock.Live());
-    for (size_t i = 0; i < stock.Live(); ++i) handles_.push_back(table_.Make(stock.LiveText(i)));
-    CheckAnswers(stock);
+    handles_.reserve(stock.live());
+    for (size_t i = 0; i < stock.live(); ++i) handles_.push_back(table_.make(stock.liveText(i)));
+    checkAnswers(stock);
   }
 
   ~Filled() {
-    for (const auto handle : handles_) table_.Release(handle);
+    for (const auto handle : handles_) table_.release(handle);
   }
 
-  Table& Get() { return table_; }
+  Table& get() { return table_; }
 
  private:
-  void CheckAnswers(const Stock& stock) {
-    for (size_t i = 0; i < stock.Live(); ++i) {
-      const auto again = table_.Make(stock.LiveText(i));
-      Check(again == handles_[i], "an equal text got another entry");
-      Check(table_.Text(again) == std::string_view(stock.LiveText(i)), "an entry has another text");
-      table_.Release(again);
+  void checkAnswers(const Stock& stock) {
+    for (size_t i = 0; i < stock.live(); ++i) {
+      const auto again = table_.make(stock.liveText(i));
+      check(again == handles_[i], "an equal text got another entry");
+      check(table_.text(again) == std::string_view(stock.liveText(i)), "an entry has another text");
+      table_.release(again);
     }
-    for (const char* text : stock.New(0)) {
-      const auto entry = table_.Make(text);
-      Check(table_.Text(entry) == std::string_view(text), "a new entry has another text");
-      table_.Release(entry);
+    for (const char* text : stock.fresh(0)) {
+      const auto entry = table_.make(text);
+      check(table_.text(entry) == std::string_view(text), "a new entry has another text");
+      table_.release(entry);
     }
   }
 
@@ -176,56 +176,56 @@ struct Setting {
 };
 
 template <class Table>
-Shared<Filled<Table>> FilledFrom(const Shared<Stock>& stock) {
-  return Shared<Filled<Table>>([stock] { return std::make_unique<Filled<Table>>(stock.Get()); });
+Shared<Filled<Table>> filledFrom(const Shared<Stock>& stock) {
+  return Shared<Filled<Table>>([stock] { return std::make_unique<Filled<Table>>(stock.get()); });
 }
 
-Setting MakeSetting(size_t live, size_t length) {
+Setting makeSetting(size_t live, size_t length) {
   const Shared<Stock> stock([=] { return std::make_unique<Stock>(live, length); });
   return {
       stock,
-      FilledFrom<OurTable>(stock),
+      filledFrom<OurTable>(stock),
 #ifdef BENCH_HAS_GLIB
-      FilledFrom<RefStringTable>(stock),
+      filledFrom<RefStringTable>(stock),
 #endif
 #ifdef BENCH_HAS_ABSL
-      FilledFrom<CountedMap>(stock),
+      filledFrom<CountedMap>(stock),
 #endif
   };
 }
 
 template <class Table>
-Side MakeAndRelease(std::string name, const Shared<Stock>& stock,
+Side makeAndRelease(std::string name, const Shared<Stock>& stock,
                     const Shared<Filled<Table>>& filled, Kind kind) {
-  return Measure(std::move(name), [=](size_t thread) {
-    const auto& texts = kind == Kind::found ? stock.Get().Found(thread) : stock.Get().New(thread);
-    return [table = &filled.Get().Get(), texts = Cycle(texts)]() mutable {
-      const auto handle = table->Make(texts.Next());
+  return measure(std::move(name), [=](size_t thread) {
+    const auto& texts = kind == Kind::found ? stock.get().found(thread) : stock.get().fresh(thread);
+    return [table = &filled.get().get(), texts = Cycle(texts)]() mutable {
+      const auto handle = table->make(texts.next());
       benchmark::DoNotOptimize(handle);
-      table->Release(handle);
+      table->release(handle);
     };
   });
 }
 
-Row AtomRow(const Setting& setting, std::string name, Kind kind, int threads) {
+Row atomRow(const Setting& setting, std::string name, Kind kind, int threads) {
   Row row{.area = "atoms", .name = std::move(name), .threads = threads, .goal = Goal{1.0}};
-  row.ours = MakeAndRelease("ours", setting.stock, setting.ours, kind);
+  row.ours = makeAndRelease("ours", setting.stock, setting.ours, kind);
 #ifdef BENCH_HAS_GLIB
   row.peers.push_back(
-      MakeAndRelease("g_ref_string_new_intern", setting.stock, setting.refStrings, kind));
+      makeAndRelease("g_ref_string_new_intern", setting.stock, setting.refStrings, kind));
 #endif
 #ifdef BENCH_HAS_ABSL
   row.peers.push_back(
-      MakeAndRelease("absl::node_hash_map + std::mutex", setting.stock, setting.countedMap, kind));
+      makeAndRelease("absl::node_hash_map + std::mutex", setting.stock, setting.countedMap, kind));
 #endif
   // Filled before the threads start; filling checks the answers.
   row.prepare = [setting] {
-    setting.ours.Get();
+    setting.ours.get();
 #ifdef BENCH_HAS_GLIB
-    setting.refStrings.Get();
+    setting.refStrings.get();
 #endif
 #ifdef BENCH_HAS_ABSL
-    setting.countedMap.Get();
+    setting.countedMap.get();
 #endif
   };
   return row;
@@ -233,15 +233,15 @@ Row AtomRow(const Setting& setting, std::string name, Kind kind, int threads) {
 
 }  // namespace
 
-void AddAtomRows(Rows& rows) {
+void addAtomRows(Rows& rows) {
   for (const size_t live : {500u, 10'000u, 1'000'000u})
     for (const size_t length : {12u, 60u}) {
-      const Setting setting = MakeSetting(live, length);
+      const Setting setting = makeSetting(live, length);
       for (const int threads : {1, 2}) {
-        rows.push_back(AtomRow(
+        rows.push_back(atomRow(
             setting, fmt::format("make (found) + release: {} characters, {} live", length, live),
             Kind::found, threads));
-        rows.push_back(AtomRow(
+        rows.push_back(atomRow(
             setting, fmt::format("make (new) + last release: {} characters, {} live", length, live),
             Kind::fresh, threads));
       }

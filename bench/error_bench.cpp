@@ -28,35 +28,35 @@ namespace zeb::bench {
 
 namespace {
 
-constexpr size_t messageLength = 40;
-constexpr int32_t errorId = 7;
+constexpr size_t kMessageLength = 40;
+constexpr int32_t kErrorId = 7;
 
 // What a reader of the error takes from it: every byte of the text up to its end.
-size_t Read(const char* message) { return std::strlen(message); }
+size_t read(const char* message) { return std::strlen(message); }
 
 class OurErrors {
  public:
   OurErrors() {
-    Check(ZEBFetchErrorProcs(session_.GetProcAddress(), &errors_), "error procs are missing");
-    Check(ZEBFetchStringProcs(session_.GetProcAddress(), &strings_), "string procs are missing");
-    live_ = errors_.NewError("the error that is shared", "BENCH", errorId, nullptr, nullptr);
-    Check(live_ && Message(live_) == std::string_view("the error that is shared"),
+    check(ZEBFetchErrorProcs(session_.getProcAddress(), &errors_), "error procs are missing");
+    check(ZEBFetchStringProcs(session_.getProcAddress(), &strings_), "string procs are missing");
+    live_ = errors_.NewError("the error that is shared", "BENCH", kErrorId, nullptr, nullptr);
+    check(live_ && message(live_) == std::string_view("the error that is shared"),
           "an error does not tell its message");
-    Check(errors_.GetID(live_) == errorId, "an error does not tell its id");
+    check(errors_.GetID(live_) == kErrorId, "an error does not tell its id");
   }
 
   ~OurErrors() { errors_.Release(live_); }
 
-  auto MakeReadRelease(const std::vector<const char*>& messages) {
+  auto makeReadRelease(const std::vector<const char*>& messages) {
     return [messages = Cycle(messages), errors = errors_, strings = strings_]() mutable {
-      ZEBErrorObject* error = errors.NewError(messages.Next(), "BENCH", errorId, nullptr, nullptr);
-      benchmark::DoNotOptimize(Read(strings.GetCString(errors.GetErrorMessage(error))));
+      ZEBErrorObject* error = errors.NewError(messages.next(), "BENCH", kErrorId, nullptr, nullptr);
+      benchmark::DoNotOptimize(read(strings.GetCString(errors.GetErrorMessage(error))));
       errors.Release(error);
     };
   }
 
-  auto ShareAndDrop() {
-    return [error = live_, addRef = Opaque(errors_.AddRef), release = Opaque(errors_.Release)] {
+  auto shareAndDrop() {
+    return [error = live_, addRef = opaque(errors_.AddRef), release = opaque(errors_.Release)] {
       addRef(error);
       benchmark::ClobberMemory();
       release(error);
@@ -64,7 +64,7 @@ class OurErrors {
   }
 
  private:
-  const char* Message(ZEBErrorObject* error) {
+  const char* message(ZEBErrorObject* error) {
     return strings_.GetCString(errors_.GetErrorMessage(error));
   }
 
@@ -75,13 +75,13 @@ class OurErrors {
 };
 
 #ifdef BENCH_HAS_GLIB
-Side GErrorMake(const Shared<std::vector<const char*>>& messages) {
-  return Measure("g_error_new_literal", [messages](size_t) {
+Side gErrorMake(const Shared<std::vector<const char*>>& messages) {
+  return measure("g_error_new_literal", [messages](size_t) {
     return
-        [messages = Cycle(messages.Get()), domain = g_quark_from_static_string("BENCH")]() mutable {
-          GError* error = g_error_new_literal(domain, errorId, messages.Next());
+        [messages = Cycle(messages.get()), domain = g_quark_from_static_string("BENCH")]() mutable {
+          GError* error = g_error_new_literal(domain, kErrorId, messages.next());
           benchmark::DoNotOptimize(error);
-          benchmark::DoNotOptimize(Read(error->message));
+          benchmark::DoNotOptimize(read(error->message));
           g_error_free(error);
         };
   });
@@ -89,10 +89,10 @@ Side GErrorMake(const Shared<std::vector<const char*>>& messages) {
 #endif
 
 #ifdef BENCH_HAS_ABSL
-Side StatusMake(const Shared<std::vector<const char*>>& messages) {
-  return Measure("absl::Status", [messages](size_t) {
-    return [messages = Cycle(messages.Get())]() mutable {
-      const absl::Status status(absl::StatusCode::kInternal, messages.Next());
+Side statusMake(const Shared<std::vector<const char*>>& messages) {
+  return measure("absl::Status", [messages](size_t) {
+    return [messages = Cycle(messages.get())]() mutable {
+      const absl::Status status(absl::StatusCode::kInternal, messages.next());
       benchmark::DoNotOptimize(&status);
       // A string_view: the reader still goes over the text, as with the others.
       benchmark::DoNotOptimize(std::memchr(status.message().data(), 0, status.message().size()));
@@ -100,8 +100,8 @@ Side StatusMake(const Shared<std::vector<const char*>>& messages) {
   });
 }
 
-Side StatusShare() {
-  return Measure("absl::Status copy", [](size_t) {
+Side statusShare() {
+  return measure("absl::Status copy", [](size_t) {
     return [live = absl::InternalError("the error that is shared, not inlined")] {
       const absl::Status copy = live;
       benchmark::DoNotOptimize(&copy);
@@ -110,8 +110,8 @@ Side StatusShare() {
 }
 #endif
 
-Side ExceptionPointerShare() {
-  return Measure("std::exception_ptr copy", [](size_t) {
+Side exceptionPointerShare() {
+  return measure("std::exception_ptr copy", [](size_t) {
     return [live = std::make_exception_ptr(std::runtime_error("the error that is shared"))] {
       const std::exception_ptr copy = live;
       benchmark::DoNotOptimize(&copy);
@@ -119,45 +119,45 @@ Side ExceptionPointerShare() {
   });
 }
 
-Row MakeRow(std::string name, size_t messageCount, std::optional<Goal> goal) {
+Row makeRow(std::string name, size_t messageCount, std::optional<Goal> goal) {
   const Shared<OurErrors> errors([] { return std::make_unique<OurErrors>(); });
-  const auto texts = std::make_shared<Texts>(messageCount, messageLength, 31);
+  const auto texts = std::make_shared<Texts>(messageCount, kMessageLength, 31);
   const Shared<std::vector<const char*>> messages([texts] {
     auto pointers = std::make_unique<std::vector<const char*>>();
-    for (size_t i = 0; i < texts->Count(); ++i) pointers->push_back((*texts)[i]);
+    for (size_t i = 0; i < texts->count(); ++i) pointers->push_back((*texts)[i]);
     return pointers;
   });
 
   Row row{.area = "errors", .name = std::move(name), .goal = std::move(goal)};
-  row.prepare = [errors] { errors.Get(); };
-  row.ours = Measure("ours", [=](size_t) { return errors.Get().MakeReadRelease(messages.Get()); });
+  row.prepare = [errors] { errors.get(); };
+  row.ours = measure("ours", [=](size_t) { return errors.get().makeReadRelease(messages.get()); });
 #ifdef BENCH_HAS_GLIB
-  row.peers.push_back(GErrorMake(messages));
+  row.peers.push_back(gErrorMake(messages));
 #endif
 #ifdef BENCH_HAS_ABSL
-  row.peers.push_back(StatusMake(messages));
+  row.peers.push_back(statusMake(messages));
 #endif
   return row;
 }
 
-Row ShareRow() {
+Row shareRow() {
   const Shared<OurErrors> errors([] { return std::make_unique<OurErrors>(); });
   Row row{.area = "errors", .name = "share and drop a live error", .goal = Goal{1.0}};
-  row.prepare = [errors] { errors.Get(); };
-  row.ours = Measure("ours", [errors](size_t) { return errors.Get().ShareAndDrop(); });
+  row.prepare = [errors] { errors.get(); };
+  row.ours = measure("ours", [errors](size_t) { return errors.get().shareAndDrop(); });
 #ifdef BENCH_HAS_ABSL
-  row.peers.push_back(StatusShare());
+  row.peers.push_back(statusShare());
 #endif
-  row.peers.push_back(ExceptionPointerShare());
+  row.peers.push_back(exceptionPointerShare());
   return row;
 }
 
 }  // namespace
 
-void AddErrorRows(Rows& rows) {
-  rows.push_back(MakeRow("make, read, release: message seen before", 16, Goal{1.5}));
-  rows.push_back(MakeRow("make, read, release: new message", 8192, std::nullopt));
-  rows.push_back(ShareRow());
+void addErrorRows(Rows& rows) {
+  rows.push_back(makeRow("make, read, release: message seen before", 16, Goal{1.5}));
+  rows.push_back(makeRow("make, read, release: new message", 8192, std::nullopt));
+  rows.push_back(shareRow());
 }
 
 }  // namespace zeb::bench

@@ -14,11 +14,11 @@ namespace {
 
 using AtomicCounter = std::atomic<uint64_t>;
 
-void AddRelaxed(AtomicCounter* counter, uint64_t amount) {
+void addRelaxed(AtomicCounter* counter, uint64_t amount) {
   counter->fetch_add(amount, std::memory_order_relaxed);
 }
 
-void AddUnlessNull(AtomicCounter* counter, uint64_t amount) {
+void addUnlessNull(AtomicCounter* counter, uint64_t amount) {
   if (counter) counter->fetch_add(amount, std::memory_order_relaxed);
 }
 
@@ -30,25 +30,25 @@ struct alignas(64) LonelyCounter {
 class Events {
  public:
   Events() {
-    Check(ZEBFetchEventProcs(session_.GetProcAddress(), &procs_), "event procs are missing");
+    check(ZEBFetchEventProcs(session_.getProcAddress(), &procs_), "event procs are missing");
     live_ = procs_.NewEventCounter("bench", 0);
-    Check(live_, "a counter cannot be made");
-    CheckThatSignalsAreCounted();
+    check(live_, "a counter cannot be made");
+    checkThatSignalsAreCounted();
   }
 
   ~Events() { procs_.DeleteEventCounter(live_); }
 
-  ZEBSignalEventCounterProc Signal() const { return procs_.SignalEventCounter; }
-  ZEBEventCounter* Live() const { return live_; }
-  AtomicCounter* Atomic() { return &atomic_.value; }
+  ZEBSignalEventCounterProc signal() const { return procs_.SignalEventCounter; }
+  ZEBEventCounter* live() const { return live_; }
+  AtomicCounter* atomic() { return &atomic_.value; }
 
  private:
-  void CheckThatSignalsAreCounted() {
+  void checkThatSignalsAreCounted() {
     procs_.SignalEventCounter(live_, 2);
     procs_.SignalEventCounter(live_, 3);
     uint32_t count = 0;
     ZEBEventRecord* records = procs_.NewEventSnapshot(&count);
-    Check(count >= 1 && records[0].total == 5, "signals are not counted");
+    check(count >= 1 && records[0].total == 5, "signals are not counted");
     procs_.DeleteEventSnapshot(records);
   }
 
@@ -59,35 +59,35 @@ class Events {
 };
 
 template <class Function, class Counter>
-auto Signal(Function function, Counter* counter) {
-  return [function = Opaque(function), counter = Opaque(counter)] { function(counter, 1); };
+auto signal(Function function, Counter* counter) {
+  return [function = opaque(function), counter = opaque(counter)] { function(counter, 1); };
 }
 
-Row SignalRow(const Shared<Events>& events, std::string name, bool live, int threads) {
+Row signalRow(const Shared<Events>& events, std::string name, bool live, int threads) {
   Row row{.area = "events",
           .name = std::move(name),
           .threads = threads,
           .goal = Goal{1.0, {"relaxed std::atomic"}}};
-  row.prepare = [events] { events.Get(); };
-  row.ours = Measure("ours", [=](size_t) {
-    return Signal(events.Get().Signal(), live ? events.Get().Live() : nullptr);
+  row.prepare = [events] { events.get(); };
+  row.ours = measure("ours", [=](size_t) {
+    return signal(events.get().signal(), live ? events.get().live() : nullptr);
   });
-  row.peers.push_back(Measure("relaxed std::atomic",
-                              [=](size_t) { return Signal(AddRelaxed, events.Get().Atomic()); }));
+  row.peers.push_back(measure("relaxed std::atomic",
+                              [=](size_t) { return signal(addRelaxed, events.get().atomic()); }));
   if (!live)
-    row.peers.push_back(Measure("test and return", [=](size_t) {
-      return Signal(AddUnlessNull, static_cast<AtomicCounter*>(nullptr));
+    row.peers.push_back(measure("test and return", [=](size_t) {
+      return signal(addUnlessNull, static_cast<AtomicCounter*>(nullptr));
     }));
   return row;
 }
 
 }  // namespace
 
-void AddEventRows(Rows& rows) {
+void addEventRows(Rows& rows) {
   const Shared<Events> events([] { return std::make_unique<Events>(); });
-  rows.push_back(SignalRow(events, "signal: null handle", false, 1));
-  rows.push_back(SignalRow(events, "signal: live counter", true, 1));
-  rows.push_back(SignalRow(events, "signal: live counter", true, 2));
+  rows.push_back(signalRow(events, "signal: null handle", false, 1));
+  rows.push_back(signalRow(events, "signal: live counter", true, 1));
+  rows.push_back(signalRow(events, "signal: live counter", true, 2));
 }
 
 }  // namespace zeb::bench

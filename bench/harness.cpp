@@ -22,15 +22,15 @@ class Collector : public benchmark::BenchmarkReporter {
 
   void ReportRuns(const std::vector<Run>& runs) override {
     for (const Run& run : runs) {
-      Check(!run.error_occurred, run.error_message);
+      check(!run.error_occurred, run.error_message);
       if (run.run_type != Run::RT_Iteration) continue;
-      times_[run.run_name.function_name].push_back(PerOperation(run));
+      times_[run.run_name.function_name].push_back(perOperation(run));
     }
   }
 
-  Timing TimingOf(const Side& side) {
+  Timing timingOf(const Side& side) {
     std::vector<double>& times = times_[side.name];
-    Check(!times.empty(), "no time was taken for " + side.name);
+    check(!times.empty(), "no time was taken for " + side.name);
     std::sort(times.begin(), times.end());
     const size_t middle = times.size() / 2;
     const double median =
@@ -41,7 +41,7 @@ class Collector : public benchmark::BenchmarkReporter {
  private:
   // Google Benchmark gives the threads' mean wall time and the iterations of all threads together;
   // one thread did its share of them.
-  double PerOperation(const Run& run) const {
+  double perOperation(const Run& run) const {
     const double operations = static_cast<double>(run.iterations) /
                               static_cast<double>(run.threads) *
                               static_cast<double>(row_.operations);
@@ -53,7 +53,7 @@ class Collector : public benchmark::BenchmarkReporter {
 };
 
 // The settings that Google Benchmark takes only as command-line arguments.
-void Configure(const RunOptions& options) {
+void configure(const RunOptions& options) {
   std::vector<std::string> arguments = {
       "zeb_bench",
       "--benchmark_enable_random_interleaving=true",
@@ -66,7 +66,7 @@ void Configure(const RunOptions& options) {
   benchmark::Initialize(&count, pointers.data());
 }
 
-void Register(const Row& row, const Side& side) {
+void registerSide(const Row& row, const Side& side) {
   auto* registered = benchmark::RegisterBenchmark(side.name.c_str(), side.body);
   registered->Threads(row.threads);
   if (row.manualTime) {
@@ -76,35 +76,35 @@ void Register(const Row& row, const Side& side) {
   }
 }
 
-Result RunRow(const Row& row) {
-  Check(row.ours.has_value(), "row without a side of ours: " + row.name);
+Result runRow(const Row& row) {
+  check(row.ours.has_value(), "row without a side of ours: " + row.name);
   if (row.prepare) row.prepare();
 
-  Register(row, *row.ours);
-  for (const Side& peer : row.peers) Register(row, peer);
+  registerSide(row, *row.ours);
+  for (const Side& peer : row.peers) registerSide(row, peer);
   Collector collector(row);
   benchmark::RunSpecifiedBenchmarks(&collector, ".*");
   benchmark::ClearRegisteredBenchmarks();
 
-  Result result{row.area, row.name, row.threads, row.unit, row.goal, collector.TimingOf(*row.ours),
+  Result result{row.area, row.name, row.threads, row.unit, row.goal, collector.timingOf(*row.ours),
                 {}};
-  for (const Side& peer : row.peers) result.peers.push_back(collector.TimingOf(peer));
-  if (result.goal && !result.goal->isTime && !result.BestPeer()) result.goal.reset();
+  for (const Side& peer : row.peers) result.peers.push_back(collector.timingOf(peer));
+  if (result.goal && !result.goal->isTime && !result.bestPeer()) result.goal.reset();
   return result;
 }
 
-cpu_set_t UsableCpuSet() {
+cpu_set_t usableCpuSet() {
   cpu_set_t set;
-  Check(sched_getaffinity(0, sizeof(set), &set) == 0, "the CPUs of this process cannot be asked");
+  check(sched_getaffinity(0, sizeof(set), &set) == 0, "the CPUs of this process cannot be asked");
   return set;
 }
 
 // Taken before the first pinning, which narrows what the process may use.
-const cpu_set_t usableAtStart = UsableCpuSet();
+const cpu_set_t usableAtStart = usableCpuSet();
 
 }  // namespace
 
-const Timing* Result::BestPeer() const {
+const Timing* Result::bestPeer() const {
   const Timing* best = nullptr;
   for (const Timing& peer : peers) {
     const bool counts = !goal || goal->against.empty() ||
@@ -114,20 +114,20 @@ const Timing* Result::BestPeer() const {
   return best;
 }
 
-std::optional<double> Result::Ratio() const {
-  const Timing* best = BestPeer();
+std::optional<double> Result::ratio() const {
+  const Timing* best = bestPeer();
   if (!best) return std::nullopt;
   return ours.median / best->median;
 }
 
-std::optional<bool> Result::Met() const {
+std::optional<bool> Result::met() const {
   if (!goal) return std::nullopt;
-  return (goal->isTime ? ours.median : Ratio().value()) <= goal->limit;
+  return (goal->isTime ? ours.median : ratio().value()) <= goal->limit;
 }
 
-void RunRows(Rows rows, const RunOptions& options,
+void runRows(Rows rows, const RunOptions& options,
              const std::function<void(const Result&)>& report) {
-  Configure(options);
+  configure(options);
   const std::regex filter(options.filter);
   // All rows that will not run go first: they would keep shared things alive.
   std::erase_if(
@@ -135,29 +135,29 @@ void RunRows(Rows rows, const RunOptions& options,
   for (Row& slot : rows) {
     Row row = std::exchange(slot, Row{});
     if (options.alone) row.peers.clear();
-    report(RunRow(row));
+    report(runRow(row));
   }
 }
 
-void Check(bool condition, std::string_view what) {
+void check(bool condition, std::string_view what) {
   if (condition) return;
   fmt::print(stderr, "zeb_bench: {}\n", what);
   std::exit(1);
 }
 
-void PinThread(int threadNumber) {
+void pinThread(int threadNumber) {
   int passed = 0;
   for (size_t cpu = 0; cpu < CPU_SETSIZE; ++cpu) {
     if (!CPU_ISSET(cpu, &usableAtStart) || passed++ != threadNumber) continue;
     cpu_set_t one;
     CPU_ZERO(&one);
     CPU_SET(cpu, &one);
-    Check(sched_setaffinity(0, sizeof(one), &one) == 0, "a thread cannot be pinned");
+    check(sched_setaffinity(0, sizeof(one), &one) == 0, "a thread cannot be pinned");
     return;
   }
-  Check(false, fmt::format("no CPU for thread {}", threadNumber));
+  check(false, fmt::format("no CPU for thread {}", threadNumber));
 }
 
-int UsableCpus() { return CPU_COUNT(&usableAtStart); }
+int usableCpus() { return CPU_COUNT(&usableAtStart); }
 
 }  // namespace zeb::bench

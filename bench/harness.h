@@ -80,25 +80,25 @@ struct Result {
   std::vector<Timing> peers;
 
   // The fastest peer that the goal names, or of all when it names none; null when there is none.
-  const Timing* BestPeer() const;
-  std::optional<double> Ratio() const;
+  const Timing* bestPeer() const;
+  std::optional<double> ratio() const;
   // Whether the goal is met; empty without a goal.
-  std::optional<bool> Met() const;
+  std::optional<bool> met() const;
 };
 
 // Runs the rows that the filter leaves, in order, and hands each result to `report` as soon as it
 // is there. The rows are consumed.
-void RunRows(Rows rows, const RunOptions& options,
+void runRows(Rows rows, const RunOptions& options,
              const std::function<void(const Result&)>& report);
 
 // Ends the process with a message when a side answered wrongly: its time would mean nothing.
-void Check(bool condition, std::string_view what);
+void check(bool condition, std::string_view what);
 
 // Ties the calling thread to the CPU that threads of this number share: 0 for the first, and so on.
-void PinThread(int threadNumber);
+void pinThread(int threadNumber);
 
 // How many CPUs this process may use.
-int UsableCpus();
+int usableCpus();
 
 // Made on first use and kept by everyone who holds a reference: the rows of one subject share what
 // is dear to set up, and it goes with the last of them.
@@ -108,7 +108,7 @@ class Shared {
   explicit Shared(std::function<std::unique_ptr<T>()> make)
       : state_(std::make_shared<State>(State{std::move(make), nullptr})) {}
 
-  T& Get() const {
+  T& get() const {
     if (!state_->value) state_->value = state_->make();
     return *state_->value;
   }
@@ -125,9 +125,9 @@ class Shared {
 // repetition, with the thread's number, and returns the operation; what the operation owns is
 // destroyed untimed as well.
 template <class MakeOperation>
-Side Measure(std::string name, MakeOperation make) {
+Side measure(std::string name, MakeOperation make) {
   return {std::move(name), [make = std::move(make)](benchmark::State& state) {
-            PinThread(state.thread_index());
+            pinThread(state.thread_index());
             auto operation = make(static_cast<size_t>(state.thread_index()));
             for (auto _ : state) operation();
           }};
@@ -135,7 +135,7 @@ Side Measure(std::string name, MakeOperation make) {
 
 // Hides from the compiler where a function pointer comes from, so that it calls it as a client.
 template <class Function>
-Function Opaque(Function function) {
+Function opaque(Function function) {
   benchmark::DoNotOptimize(function);
   return function;
 }
@@ -147,7 +147,7 @@ class Cycle {
   explicit Cycle(const std::vector<T>& items)
       : begin_(items.data()), end_(items.data() + items.size()), next_(begin_) {}
 
-  const T& Next() {
+  const T& next() {
     const T& item = *next_;
     if (++next_ == end_) next_ = begin_;
     return item;

@@ -18,9 +18,9 @@ struct Library {
 
 // Loads the library from a path. To be called once, before any row runs. Ends the process when the
 // library or one of its exports is not there.
-void LoadLibrary(const std::string& path);
+void loadLibrary(const std::string& path);
 
-const Library& TheLibrary();
+const Library& theLibrary();
 
 // The library started with its default allocators, stopped again at the end.
 class Session {
@@ -30,7 +30,7 @@ class Session {
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
-  ZEBGetProcAddress GetProcAddress() const { return getProcAddress_; }
+  ZEBGetProcAddress getProcAddress() const { return getProcAddress_; }
 
  private:
   ZEBGetProcAddress getProcAddress_;

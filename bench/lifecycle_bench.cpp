@@ -29,27 +29,27 @@ namespace zeb::bench {
 
 namespace {
 
-constexpr double mostMicroseconds = 100;
+constexpr double kMostMicroseconds = 100;
 
-void CheckStartAndStop() {
-  const Library& library = TheLibrary();
-  Check(!library.getGetProcAddress(), "another row left the library running");
+void checkStartAndStop() {
+  const Library& library = theLibrary();
+  check(!library.getGetProcAddress(), "another row left the library running");
   const ZEBGetProcAddress getProcAddress = library.initialize(nullptr, nullptr, nullptr);
-  Check(getProcAddress, "the library does not start");
-  Check(getProcAddress("ZEBStringInterface", "NewStringAtom", "ZEBNewStringAtomProc"),
+  check(getProcAddress, "the library does not start");
+  check(getProcAddress("ZEBStringInterface", "NewStringAtom", "ZEBNewStringAtomProc"),
         "a started library lacks a proc");
   library.terminate();
-  Check(!library.getGetProcAddress(), "the library does not stop");
+  check(!library.getGetProcAddress(), "the library does not stop");
 }
 
-Row StartAndStopRow() {
+Row startAndStopRow() {
   Row row{.area = "life cycle",
           .name = "start + stop, warm",
           .unit = "us",
-          .goal = Goal{.limit = mostMicroseconds, .isTime = true}};
-  row.prepare = CheckStartAndStop;
-  row.ours = Measure("ours", [](size_t) {
-    return [library = TheLibrary()] {
+          .goal = Goal{.limit = kMostMicroseconds, .isTime = true}};
+  row.prepare = checkStartAndStop;
+  row.ours = measure("ours", [](size_t) {
+    return [library = theLibrary()] {
       benchmark::DoNotOptimize(library.initialize(nullptr, nullptr, nullptr));
       library.terminate();
     };
@@ -60,10 +60,10 @@ Row StartAndStopRow() {
 // --- where the time goes
 // --------------------------------------------------------------------------
 
-void* TakePage(uint64_t size) { return std::malloc(size); }
-void FreePage(void* page) { std::free(page); }
+void* takePage(uint64_t size) { return std::malloc(size); }
+void freePage(void* page) { std::free(page); }
 
-bool Register(const ServiceTable& table) {
+bool registerService(const ServiceTable& table) {
   return registry::addAll(table.entries, table.interfaceName) &&
          registry::addAll(table.olderEntries, table.interfaceName);
 }
@@ -74,23 +74,23 @@ struct Step {
 };
 
 // All that starting and stopping do, in their order.
-constexpr Step steps[] = {
-    {"start: memory service", [] { return Register(memoryService()); }},
-    {"start: memory-debugging service", [] { return Register(memoryDebugService()); }},
+constexpr Step kSteps[] = {
+    {"start: memory service", [] { return registerService(memoryService()); }},
+    {"start: memory-debugging service", [] { return registerService(memoryDebugService()); }},
     {"start: error service, standard errors",
      [] {
        errors::makeStandardErrors();
-       return Register(errorService());
+       return registerService(errorService());
      }},
     {"start: string service",
      [] {
        atoms::addTableUser();
-       return Register(atomService());
+       return registerService(atomService());
      }},
     {"start: event service",
      [] {
        events::connectCounters();
-       return Register(eventService());
+       return registerService(eventService());
      }},
     {"start: own client of the memory service", [] { return registry::bindMemory(); }},
     {"start: the library's event counters", [] { return initialiseLazyList(lazyList); }},
@@ -119,40 +119,40 @@ constexpr Step steps[] = {
 };
 
 // Walks all steps and returns the seconds that one of them took.
-double TimeStep(size_t which) {
+double timeStep(size_t which) {
   using Clock = std::chrono::steady_clock;
   double seconds = 0;
-  for (size_t i = 0; i < std::size(steps); ++i) {
+  for (size_t i = 0; i < std::size(kSteps); ++i) {
     const auto before = Clock::now();
-    const bool done = steps[i].run();
+    const bool done = kSteps[i].run();
     const auto after = Clock::now();
-    if (!done) Check(false, std::string("this step fails: ") + steps[i].name);
+    if (!done) check(false, std::string("this step fails: ") + kSteps[i].name);
     if (i == which) seconds = std::chrono::duration<double>(after - before).count();
   }
   return seconds;
 }
 
-Row StepRow(size_t which) {
-  Row row{.area = "life cycle", .name = steps[which].name, .unit = "us"};
+Row stepRow(size_t which) {
+  Row row{.area = "life cycle", .name = kSteps[which].name, .unit = "us"};
   row.manualTime = true;
   row.prepare = [] {
-    Check(hostState.initCount == 0, "another row left the linked library running");
-    hostState.pages = {TakePage, FreePage};
+    check(hostState.initCount == 0, "another row left the linked library running");
+    hostState.pages = {takePage, freePage};
     hostState.multiThreaded = true;
     hostState.unregisterCount = 1;
   };
   row.ours = Side{"ours", [which](benchmark::State& state) {
-                    PinThread(0);
-                    for (auto _ : state) state.SetIterationTime(TimeStep(which));
+                    pinThread(0);
+                    for (auto _ : state) state.SetIterationTime(timeStep(which));
                   }};
   return row;
 }
 
 }  // namespace
 
-void AddLifecycleRows(Rows& rows) {
-  rows.push_back(StartAndStopRow());
-  for (size_t i = 0; i < std::size(steps); ++i) rows.push_back(StepRow(i));
+void addLifecycleRows(Rows& rows) {
+  rows.push_back(startAndStopRow());
+  for (size_t i = 0; i < std::size(kSteps); ++i) rows.push_back(stepRow(i));
 }
 
 }  // namespace zeb::bench

@@ -38,15 +38,15 @@ struct NameRow {
   const char* proc;
 };
 
-constexpr NameRow nameRows[] = {
+constexpr NameRow kNameRows[] = {
 #define BENCH_NAMES(interfaceName, method, proc) {#interfaceName, #method, #proc},
 #include "bench_names.inc"
 #undef BENCH_NAMES
 };
-constexpr size_t procCount = std::size(nameRows);
+constexpr size_t kProcCount = std::size(kNameRows);
 
-constexpr size_t sequenceLength = 4096;
-constexpr size_t maximumThreads = 2;
+constexpr size_t kSequenceLength = 4096;
+constexpr size_t kMaximumThreads = 2;
 
 // Three names as a key; the texts are owned elsewhere.
 struct Key {
@@ -69,16 +69,16 @@ struct Query {
   const char* method;
   const char* proc;
 
-  Key AsKey() const { return {interfaceName, method, proc}; }
+  Key asKey() const { return {interfaceName, method, proc}; }
 };
 
 #ifdef BENCH_HAS_ABSL
 class LockedMap {
  public:
-  void Add(const Key& key, ZEBProc proc) { map_.emplace(key, proc); }
+  void add(const Key& key, ZEBProc proc) { map_.emplace(key, proc); }
 
-  ZEBProc Find(const Query& query) {
-    const Key key = query.AsKey();
+  ZEBProc find(const Query& query) {
+    const Key key = query.asKey();
     const std::lock_guard lock(mutex_);
     const auto found = map_.find(key);
     return found == map_.end() ? nullptr : found->second;
@@ -93,10 +93,10 @@ class LockedMap {
 #if defined(BENCH_HAS_TBB) && defined(BENCH_HAS_ABSL)
 class ConcurrentMap {
  public:
-  void Add(const Key& key, ZEBProc proc) { map_.emplace(key, proc); }
+  void add(const Key& key, ZEBProc proc) { map_.emplace(key, proc); }
 
-  ZEBProc Find(const Query& query) {
-    const auto found = map_.find(query.AsKey());
+  ZEBProc find(const Query& query) {
+    const auto found = map_.find(query.asKey());
     return found == map_.end() ? nullptr : found->second;
   }
 
@@ -112,39 +112,39 @@ class Queries {
  public:
   explicit Queries(Kind kind) {
     if (kind == Kind::missUnknownName) {
-      MakeUnknownNames();
+      makeUnknownNames();
     } else {
-      MakeKnownNames(kind);
+      makeKnownNames(kind);
     }
   }
 
-  const std::vector<Query>& OfThread(size_t thread) const { return sequences_[thread]; }
+  const std::vector<Query>& ofThread(size_t thread) const { return sequences_[thread]; }
 
  private:
-  void MakeKnownNames(Kind kind) {
-    for (const NameRow& row : nameRows) {
+  void makeKnownNames(Kind kind) {
+    for (const NameRow& row : kNameRows) {
       interfaces_.emplace_back(row.interfaceName);
       methods_.emplace_back(row.method);
       procs_.emplace_back(row.proc);
     }
     // The proc name of another interface: rows of one interface stand together.
-    const size_t shift = kind == Kind::hit ? 0 : procCount / 2;
-    for (size_t thread = 0; thread < maximumThreads; ++thread)
-      for (const uint32_t index : RandomNumbers(sequenceLength, procCount, 11 + thread))
+    const size_t shift = kind == Kind::hit ? 0 : kProcCount / 2;
+    for (size_t thread = 0; thread < kMaximumThreads; ++thread)
+      for (const uint32_t index : randomNumbers(kSequenceLength, kProcCount, 11 + thread))
         sequences_[thread].push_back({interfaces_[index].c_str(), methods_[index].c_str(),
-                                      procs_[(index + shift) % procCount].c_str()});
+                                      procs_[(index + shift) % kProcCount].c_str()});
   }
 
-  void MakeUnknownNames() {
-    for (size_t i = 0; i < maximumThreads * sequenceLength; ++i) {
-      const NameRow& row = nameRows[i % procCount];
+  void makeUnknownNames() {
+    for (size_t i = 0; i < kMaximumThreads * kSequenceLength; ++i) {
+      const NameRow& row = kNameRows[i % kProcCount];
       interfaces_.emplace_back(row.interfaceName);
       methods_.emplace_back(row.method);
       procs_.emplace_back(row.proc + std::string("V") + std::to_string(i));
     }
-    for (size_t thread = 0; thread < maximumThreads; ++thread)
-      for (const uint32_t index : RandomNumbers(sequenceLength, sequenceLength, 11 + thread)) {
-        const size_t own = thread * sequenceLength + index;
+    for (size_t thread = 0; thread < kMaximumThreads; ++thread)
+      for (const uint32_t index : randomNumbers(kSequenceLength, kSequenceLength, 11 + thread)) {
+        const size_t own = thread * kSequenceLength + index;
         sequences_[thread].push_back(
             {interfaces_[own].c_str(), methods_[own].c_str(), procs_[own].c_str()});
       }
@@ -154,26 +154,26 @@ class Queries {
   std::vector<std::string> interfaces_;
   std::vector<std::string> methods_;
   std::vector<std::string> procs_;
-  std::array<std::vector<Query>, maximumThreads> sequences_;
+  std::array<std::vector<Query>, kMaximumThreads> sequences_;
 };
 
 // The 250 functions, and everyone who can find them.
 class Directory {
  public:
   Directory() : functions_(dlopen(BENCH_FUNCTIONS, RTLD_NOW | RTLD_LOCAL)) {
-    Check(functions_, functions_ ? "" : dlerror());
+    check(functions_, functions_ ? "" : dlerror());
     const ZEBProc registerProc =
-        GetProcAddress()("ZEB", "ZEBRegisterProcAddress", "ZEBRegisterProcAddress");
-    Check(registerProc, "ZEBRegisterProcAddress is not found");
+        getProcAddress()("ZEB", "ZEBRegisterProcAddress", "ZEBRegisterProcAddress");
+    check(registerProc, "ZEBRegisterProcAddress is not found");
     const auto registerProcAddress = reinterpret_cast<ZEBRegisterProcAddress>(registerProc);
-    for (const NameRow& row : nameRows) Add(row, registerProcAddress);
+    for (const NameRow& row : kNameRows) add(row, registerProcAddress);
   }
 
   ~Directory() { dlclose(functions_); }
 
-  ZEBGetProcAddress GetProcAddress() const { return session_.GetProcAddress(); }
-  void* Functions() const { return functions_; }
-  ZEBProc Function(const char* name) const {
+  ZEBGetProcAddress getProcAddress() const { return session_.getProcAddress(); }
+  void* functions() const { return functions_; }
+  ZEBProc function(const char* name) const {
     return reinterpret_cast<ZEBProc>(dlsym(functions_, name));
   }
 
@@ -185,16 +185,16 @@ class Directory {
 #endif
 
  private:
-  void Add(const NameRow& row, ZEBRegisterProcAddress registerProcAddress) {
-    const ZEBProc proc = Function(row.proc);
-    Check(proc, "a generated function is not exported");
-    Check(registerProcAddress(row.interfaceName, row.method, row.proc, proc) == 1,
+  void add(const NameRow& row, ZEBRegisterProcAddress registerProcAddress) {
+    const ZEBProc proc = function(row.proc);
+    check(proc, "a generated function is not exported");
+    check(registerProcAddress(row.interfaceName, row.method, row.proc, proc) == 1,
           "a proc cannot be registered");
 #ifdef BENCH_HAS_ABSL
-    lockedMap.Add({row.interfaceName, row.method, row.proc}, proc);
+    lockedMap.add({row.interfaceName, row.method, row.proc}, proc);
 #endif
 #if defined(BENCH_HAS_TBB) && defined(BENCH_HAS_ABSL)
-    concurrentMap.Add({row.interfaceName, row.method, row.proc}, proc);
+    concurrentMap.add({row.interfaceName, row.method, row.proc}, proc);
 #endif
   }
 
@@ -203,27 +203,27 @@ class Directory {
 };
 
 // A finder of one side: made from the directory, asked with a query.
-auto OursFinder(Directory& directory) {
-  return [find = Opaque(directory.GetProcAddress())](const Query& query) {
+auto oursFinder(Directory& directory) {
+  return [find = opaque(directory.getProcAddress())](const Query& query) {
     return find(query.interfaceName, query.method, query.proc);
   };
 }
 
-auto DlsymFinder(Directory& directory) {
-  return [functions = directory.Functions()](const Query& query) {
+auto dlsymFinder(Directory& directory) {
+  return [functions = directory.functions()](const Query& query) {
     return reinterpret_cast<ZEBProc>(dlsym(functions, query.proc));
   };
 }
 
 #ifdef BENCH_HAS_ABSL
-auto LockedMapFinder(Directory& directory) {
-  return [map = &directory.lockedMap](const Query& query) { return map->Find(query); };
+auto lockedMapFinder(Directory& directory) {
+  return [map = &directory.lockedMap](const Query& query) { return map->find(query); };
 }
 #endif
 
 #if defined(BENCH_HAS_TBB) && defined(BENCH_HAS_ABSL)
-auto ConcurrentMapFinder(Directory& directory) {
-  return [map = &directory.concurrentMap](const Query& query) { return map->Find(query); };
+auto concurrentMapFinder(Directory& directory) {
+  return [map = &directory.concurrentMap](const Query& query) { return map->find(query); };
 }
 #endif
 
@@ -235,44 +235,44 @@ struct Setting {
 };
 
 template <class MakeFinder>
-void CheckFinder(const Setting& setting, MakeFinder makeFinder, const char* name) {
-  Directory& directory = setting.directory.Get();
+void checkFinder(const Setting& setting, MakeFinder makeFinder, const char* name) {
+  Directory& directory = setting.directory.get();
   auto find = makeFinder(directory);
-  for (const Query& query : setting.queries.Get().OfThread(0)) {
-    const ZEBProc expected = setting.kind == Kind::hit ? directory.Function(query.proc) : nullptr;
-    Check(find(query) == expected, std::string("wrong answer of ") + name);
+  for (const Query& query : setting.queries.get().ofThread(0)) {
+    const ZEBProc expected = setting.kind == Kind::hit ? directory.function(query.proc) : nullptr;
+    check(find(query) == expected, std::string("wrong answer of ") + name);
   }
 }
 
 template <class MakeFinder>
-Side FinderSide(const Setting& setting, std::string name, MakeFinder makeFinder) {
-  return Measure(std::move(name), [setting, makeFinder](size_t thread) {
-    return [find = makeFinder(setting.directory.Get()),
-            queries = Cycle(setting.queries.Get().OfThread(thread))]() mutable {
-      benchmark::DoNotOptimize(find(queries.Next()));
+Side finderSide(const Setting& setting, std::string name, MakeFinder makeFinder) {
+  return measure(std::move(name), [setting, makeFinder](size_t thread) {
+    return [find = makeFinder(setting.directory.get()),
+            queries = Cycle(setting.queries.get().ofThread(thread))]() mutable {
+      benchmark::DoNotOptimize(find(queries.next()));
     };
   });
 }
 
-Row LookupRow(const Setting& setting, std::string name, int threads) {
+Row lookupRow(const Setting& setting, std::string name, int threads) {
   Row row{.area = "look-up", .name = std::move(name), .threads = threads, .goal = Goal{1.0}};
   std::vector<std::function<void()>> checks;
   const auto add = [&](const char* sideName, auto makeFinder) {
-    checks.push_back([=] { CheckFinder(setting, makeFinder, sideName); });
-    return FinderSide(setting, sideName, makeFinder);
+    checks.push_back([=] { checkFinder(setting, makeFinder, sideName); });
+    return finderSide(setting, sideName, makeFinder);
   };
 
-  row.ours = add("ours", OursFinder);
+  row.ours = add("ours", oursFinder);
 #ifdef BENCH_HAS_ABSL
-  row.peers.push_back(add("absl::flat_hash_map + std::mutex", LockedMapFinder));
+  row.peers.push_back(add("absl::flat_hash_map + std::mutex", lockedMapFinder));
 #endif
 #if defined(BENCH_HAS_TBB) && defined(BENCH_HAS_ABSL)
-  if (threads > 1) row.peers.push_back(add("tbb::concurrent_unordered_map", ConcurrentMapFinder));
+  if (threads > 1) row.peers.push_back(add("tbb::concurrent_unordered_map", concurrentMapFinder));
 #endif
   // dlsym can say neither "known, but elsewhere" nor one interface from another: for it that miss
   // would be a hit.
   if (threads == 1 && setting.kind != Kind::missOtherNames)
-    row.peers.push_back(add("dlsym", DlsymFinder));
+    row.peers.push_back(add("dlsym", dlsymFinder));
 
   row.prepare = [checks = std::move(checks)] {
     for (const auto& check : checks) check();
@@ -280,7 +280,7 @@ Row LookupRow(const Setting& setting, std::string name, int threads) {
   return row;
 }
 
-void AddSingleRows(Rows& rows) {
+void addSingleRows(Rows& rows) {
   const Shared<Directory> directory([] { return std::make_unique<Directory>(); });
   const struct {
     Kind kind;
@@ -293,83 +293,83 @@ void AddSingleRows(Rows& rows) {
   for (const int threads : {1, 2})
     for (const auto& [kind, name] : kinds) {
       const Shared<Queries> queries([kind = kind] { return std::make_unique<Queries>(kind); });
-      rows.push_back(LookupRow({directory, queries, kind}, name, threads));
+      rows.push_back(lookupRow({directory, queries, kind}, name, threads));
     }
 }
 
-constexpr size_t bulkCount = 28;
-constexpr const char* bulkInterface = "BenchBulkInterface";
+constexpr size_t kBulkCount = 28;
+constexpr const char* kBulkInterface = "BenchBulkInterface";
 
 // The library's objects linked into this program: a second library beside the loaded one, for the
 // bulk fetch is not among the procs. It holds the 250 procs and an interface of 28 more.
 class LinkedRegistry {
  public:
   LinkedRegistry() : getProcAddress_(ZEBInitialize(nullptr, nullptr, nullptr)) {
-    Check(getProcAddress_, "the linked library does not start");
-    for (const NameRow& row : nameRows)
-      Check(registry::add(row.interfaceName, row.method, row.proc, SomeFunction),
+    check(getProcAddress_, "the linked library does not start");
+    for (const NameRow& row : kNameRows)
+      check(registry::add(row.interfaceName, row.method, row.proc, someFunction),
             "a proc cannot be registered");
-    for (size_t i = 0; i < bulkCount; ++i) {
-      methods_[i] = nameRows[i].method;
-      procs_[i] = std::string("Bulk") + nameRows[i].proc;
+    for (size_t i = 0; i < kBulkCount; ++i) {
+      methods_[i] = kNameRows[i].method;
+      procs_[i] = std::string("Bulk") + kNameRows[i].proc;
       requests_[i] = {methods_[i].c_str(), procs_[i].c_str()};
-      const ZEBProcTableEntry entry{nameRows[i].method, procs_[i].c_str(), SomeFunction};
-      Check(registry::addAll({&entry, 1}, bulkInterface), "a proc cannot be registered");
+      const ZEBProcTableEntry entry{kNameRows[i].method, procs_[i].c_str(), someFunction};
+      check(registry::addAll({&entry, 1}, kBulkInterface), "a proc cannot be registered");
     }
   }
 
   ~LinkedRegistry() { ZEBTerminate(); }
 
-  using Procs = std::array<ZEBProc, bulkCount>;
+  using Procs = std::array<ZEBProc, kBulkCount>;
 
-  auto Bulk() {
-    return [this, findAll = Opaque(registry::findAll), procs = Procs{}]() mutable {
-      benchmark::DoNotOptimize(findAll(requests_, bulkInterface, procs.data()));
+  auto bulk() {
+    return [this, findAll = opaque(registry::findAll), procs = Procs{}]() mutable {
+      benchmark::DoNotOptimize(findAll(requests_, kBulkInterface, procs.data()));
       benchmark::DoNotOptimize(procs);
     };
   }
 
-  auto OneByOne() {
-    return [this, find = Opaque(getProcAddress_), procs = Procs{}]() mutable {
-      for (size_t i = 0; i < bulkCount; ++i)
-        procs[i] = find(bulkInterface, requests_[i].methodName, requests_[i].procName);
+  auto oneByOne() {
+    return [this, find = opaque(getProcAddress_), procs = Procs{}]() mutable {
+      for (size_t i = 0; i < kBulkCount; ++i)
+        procs[i] = find(kBulkInterface, requests_[i].methodName, requests_[i].procName);
       benchmark::DoNotOptimize(procs);
     };
   }
 
-  void CheckAnswers() {
+  void checkAnswers() {
     Procs procs{};
-    Check(registry::findAll(requests_, bulkInterface, procs.data()), "the bulk fetch fails");
-    for (const ZEBProc proc : procs) Check(proc == SomeFunction, "the bulk fetch errs");
+    check(registry::findAll(requests_, kBulkInterface, procs.data()), "the bulk fetch fails");
+    for (const ZEBProc proc : procs) check(proc == someFunction, "the bulk fetch errs");
     for (const ZEBProcRequest& request : requests_)
-      Check(getProcAddress_(bulkInterface, request.methodName, request.procName) == SomeFunction,
+      check(getProcAddress_(kBulkInterface, request.methodName, request.procName) == someFunction,
             "a single look-up errs");
   }
 
  private:
-  static void SomeFunction() {}
+  static void someFunction() {}
 
   ZEBGetProcAddress getProcAddress_;
-  std::array<std::string, bulkCount> methods_;
-  std::array<std::string, bulkCount> procs_;
-  std::array<ZEBProcRequest, bulkCount> requests_;
+  std::array<std::string, kBulkCount> methods_;
+  std::array<std::string, kBulkCount> procs_;
+  std::array<ZEBProcRequest, kBulkCount> requests_;
 };
 
-Row BulkRow() {
+Row bulkRow() {
   const Shared<LinkedRegistry> linked([] { return std::make_unique<LinkedRegistry>(); });
   Row row{.area = "look-up", .name = "bulk fetch of an interface of 28", .goal = Goal{0.7}};
-  row.prepare = [linked] { linked.Get().CheckAnswers(); };
-  row.ours = Measure("ours", [linked](size_t) { return linked.Get().Bulk(); });
+  row.prepare = [linked] { linked.get().checkAnswers(); };
+  row.ours = measure("ours", [linked](size_t) { return linked.get().bulk(); });
   row.peers.push_back(
-      Measure("28 single look-ups of ours", [linked](size_t) { return linked.Get().OneByOne(); }));
+      measure("28 single look-ups of ours", [linked](size_t) { return linked.get().oneByOne(); }));
   return row;
 }
 
 }  // namespace
 
-void AddLookupRows(Rows& rows) {
-  AddSingleRows(rows);
-  rows.push_back(BulkRow());
+void addLookupRows(Rows& rows) {
+  addSingleRows(rows);
+  rows.push_back(bulkRow());
 }
 
 }  // namespace zeb::bench

@@ -19,13 +19,13 @@ namespace {
 using namespace zeb::bench;
 
 // Beside the program, which stands in the build folder.
-std::string DefaultJsonPath() {
+std::string defaultJsonPath() {
   return std::filesystem::read_symlink("/proc/self/exe").parent_path() / "results.json";
 }
 
 struct Arguments {
   RunOptions run;
-  std::string json = DefaultJsonPath();
+  std::string json = defaultJsonPath();
   std::string library = BENCH_LIBRARY;
 };
 
@@ -47,40 +47,40 @@ class SecondThread {
   std::thread thread_;
 };
 
-Rows AllRows() {
+Rows allRows() {
   Rows rows;
-  AddLookupRows(rows);
-  AddAtomRows(rows);
-  AddErrorRows(rows);
-  AddMemoryRows(rows);
-  AddPoolRows(rows);
-  AddEventRows(rows);
-  AddLifecycleRows(rows);
+  addLookupRows(rows);
+  addAtomRows(rows);
+  addErrorRows(rows);
+  addMemoryRows(rows);
+  addPoolRows(rows);
+  addEventRows(rows);
+  addLifecycleRows(rows);
   return rows;
 }
 
-void LeaveOutWhatNeedsMoreCpus(Rows& rows) {
-  const int cpus = UsableCpus();
+void leaveOutWhatNeedsMoreCpus(Rows& rows) {
+  const int cpus = usableCpus();
   const size_t left = std::erase_if(rows, [cpus](const Row& row) { return row.threads > cpus; });
   if (left) fmt::print("{} rows are left out: they need more than the {} CPU here.\n", left, cpus);
 }
 
-void Run(Arguments& arguments) {
+void run(Arguments& arguments) {
   const SecondThread second;
-  LoadLibrary(arguments.library);
-  Rows rows = AllRows();
-  LeaveOutWhatNeedsMoreCpus(rows);
+  loadLibrary(arguments.library);
+  Rows rows = allRows();
+  leaveOutWhatNeedsMoreCpus(rows);
 
   TablePrinter table(!arguments.run.quick);
   std::vector<Result> results;
-  table.PrintHead(arguments.run.repetitions);
-  RunRows(std::move(rows), arguments.run, [&](const Result& result) {
-    table.Print(result);
+  table.printHead(arguments.run.repetitions);
+  runRows(std::move(rows), arguments.run, [&](const Result& result) {
+    table.print(result);
     results.push_back(result);
   });
-  Check(!results.empty(), "no row fits the filter");
-  table.PrintSummary();
-  WriteJson(arguments.json, results);
+  check(!results.empty(), "no row fits the filter");
+  table.printSummary();
+  writeJson(arguments.json, results);
 }
 
 }  // namespace
@@ -103,7 +103,7 @@ int main(int argc, char** argv) {
   arguments.run.minimumTime = arguments.run.quick ? 0.0001 : 0.05;
   if (arguments.run.quick && !app.count("--repetitions")) arguments.run.repetitions = 1;
   try {
-    Run(arguments);
+    run(arguments);
   } catch (const std::exception& error) {
     fmt::print(stderr, "zeb_bench: {}\n", error.what());
     return 1;

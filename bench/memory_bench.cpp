@@ -36,15 +36,15 @@ namespace zeb::bench {
 
 namespace {
 
-constexpr size_t liveBlocks = 10'000;
-constexpr size_t lifoDepth = 64;
-constexpr size_t sequenceLength = 1 << 16;
+constexpr size_t kLiveBlocks = 10'000;
+constexpr size_t kLifoDepth = 64;
+constexpr size_t kSequenceLength = 1 << 16;
 
-// An allocator is anything with `void *Allocate(size_t)` and `void Free(void *, size_t)`.
+// An allocator is anything with `void *Allocate(size_t)` and `void free(void *, size_t)`.
 
 struct Glibc {
-  void* Allocate(size_t size) { return std::malloc(size); }
-  void Free(void* block, size_t) { std::free(block); }
+  void* allocate(size_t size) { return std::malloc(size); }
+  void free(void* block, size_t) { std::free(block); }
 };
 
 // Which block is replaced by one of which size.
@@ -60,17 +60,17 @@ struct Workload {
 };
 
 template <class NextSize>
-Workload MakeWorkload(size_t blocks, uint64_t seed, NextSize nextSize) {
+Workload makeWorkload(size_t blocks, uint64_t seed, NextSize nextSize) {
   Random random(seed);
   Workload workload;
   for (size_t i = 0; i < blocks; ++i) workload.first.push_back(nextSize(random));
   const std::vector<uint32_t> indexes =
-      RandomNumbers(sequenceLength, static_cast<uint32_t>(blocks), seed + 1);
+      randomNumbers(kSequenceLength, static_cast<uint32_t>(blocks), seed + 1);
   for (const uint32_t index : indexes) workload.steps.push_back({index, nextSize(random)});
   return workload;
 }
 
-void Use(void* block) {
+void use(void* block) {
   *static_cast<uint64_t*>(block) = 1;
   benchmark::DoNotOptimize(block);
 }
@@ -82,21 +82,21 @@ class Population {
   Population(Allocator* allocator, const Workload& workload)
       : allocator_(allocator), steps_(workload.steps) {
     for (const uint32_t size : workload.first)
-      blocks_.push_back({allocator_->Allocate(size), size});
+      blocks_.push_back({allocator_->allocate(size), size});
   }
 
   Population(Population&&) = default;
 
   ~Population() {
-    for (const Block& block : blocks_) allocator_->Free(block.data, block.size);
+    for (const Block& block : blocks_) allocator_->free(block.data, block.size);
   }
 
   void operator()() {
-    const Step& step = steps_.Next();
+    const Step& step = steps_.next();
     Block& block = blocks_[step.index];
-    allocator_->Free(block.data, block.size);
-    block = {allocator_->Allocate(step.size), step.size};
-    Use(block.data);
+    allocator_->free(block.data, block.size);
+    block = {allocator_->allocate(step.size), step.size};
+    use(block.data);
   }
 
  private:
@@ -118,26 +118,26 @@ class Stack {
       : allocator_(allocator), steps_(workload.steps) {}
 
   void operator()() {
-    for (size_t i = 0; i < lifoDepth; ++i) {
-      sizes_[i] = steps_.Next().size;
-      blocks_[i] = allocator_->Allocate(sizes_[i]);
-      Use(blocks_[i]);
+    for (size_t i = 0; i < kLifoDepth; ++i) {
+      sizes_[i] = steps_.next().size;
+      blocks_[i] = allocator_->allocate(sizes_[i]);
+      use(blocks_[i]);
     }
-    for (size_t i = lifoDepth; i-- > 0;) allocator_->Free(blocks_[i], sizes_[i]);
+    for (size_t i = kLifoDepth; i-- > 0;) allocator_->free(blocks_[i], sizes_[i]);
   }
 
  private:
   Allocator* allocator_;
   Cycle<Step> steps_;
-  std::array<void*, lifoDepth> blocks_{};
-  std::array<uint32_t, lifoDepth> sizes_{};
+  std::array<void*, kLifoDepth> blocks_{};
+  std::array<uint32_t, kLifoDepth> sizes_{};
 };
 
 template <template <class> class Pattern, class Allocator>
-Side PatternSide(std::string name, const Shared<Allocator>& allocator,
+Side patternSide(std::string name, const Shared<Allocator>& allocator,
                  const std::shared_ptr<const Workload>& workload) {
-  return Measure(std::move(name),
-                 [=](size_t) { return Pattern<Allocator>(&allocator.Get(), *workload); });
+  return measure(std::move(name),
+                 [=](size_t) { return Pattern<Allocator>(&allocator.get(), *workload); });
 }
 
 // --- direct mode ------------------------------------------------------------------------------
@@ -145,16 +145,16 @@ Side PatternSide(std::string name, const Shared<Allocator>& allocator,
 class OurDirect {
  public:
   OurDirect() {
-    Check(ZEBFetchMemoryProcs(session_.GetProcAddress(), &procs_), "memory procs are missing");
+    check(ZEBFetchMemoryProcs(session_.getProcAddress(), &procs_), "memory procs are missing");
     void* block = procs_.Alloc(1000);
-    Check(block && procs_.GetBlockSize(block) == 1000, "a block does not know its size");
+    check(block && procs_.GetBlockSize(block) == 1000, "a block does not know its size");
     procs_.Free(block);
-    allocate_ = Opaque(procs_.Alloc);
-    free_ = Opaque(procs_.Free);
+    allocate_ = opaque(procs_.Alloc);
+    free_ = opaque(procs_.Free);
   }
 
-  void* Allocate(size_t size) { return allocate_(size); }
-  void Free(void* block, size_t) { free_(block); }
+  void* allocate(size_t size) { return allocate_(size); }
+  void free(void* block, size_t) { free_(block); }
 
  private:
   Session session_;
@@ -163,50 +163,50 @@ class OurDirect {
   ZEBMemFreeProc free_;
 };
 
-uint32_t DirectModeSize(uint32_t size) {
+uint32_t directModeSize(uint32_t size) {
   const float slack = std::trunc(0.05f * static_cast<float>(size));
   return size + 16 + static_cast<uint32_t>(std::clamp(slack, 16.0f, 200.0f));
 }
 
 // The same steps with the sizes that malloc sees in direct mode.
-Workload AsMallocSeesIt(Workload workload) {
-  for (uint32_t& size : workload.first) size = DirectModeSize(size);
-  for (Step& step : workload.steps) step.size = DirectModeSize(step.size);
+Workload asMallocSeesIt(Workload workload) {
+  for (uint32_t& size : workload.first) size = directModeSize(size);
+  for (Step& step : workload.steps) step.size = directModeSize(step.size);
   return workload;
 }
 
 // Sizes from 16 bytes to 100 kB, as many between 16 and 32 as between 32 and 64, and so on.
-uint32_t SpreadSize(Random& random) {
+uint32_t spreadSize(Random& random) {
   std::uniform_real_distribution<double> exponent(std::log(16.0), std::log(100'000.0));
   return static_cast<uint32_t>(std::exp(exponent(random)));
 }
 
 template <class NextSize>
-Row DirectRow(const Shared<OurDirect>& ours, std::string name, NextSize nextSize) {
-  const auto workload = std::make_shared<const Workload>(MakeWorkload(liveBlocks, 41, nextSize));
-  const auto padded = std::make_shared<const Workload>(AsMallocSeesIt(*workload));
+Row directRow(const Shared<OurDirect>& ours, std::string name, NextSize nextSize) {
+  const auto workload = std::make_shared<const Workload>(makeWorkload(kLiveBlocks, 41, nextSize));
+  const auto padded = std::make_shared<const Workload>(asMallocSeesIt(*workload));
   Row row{.area = "memory", .name = std::move(name), .goal = Goal{1.15}};
-  row.prepare = [ours] { ours.Get(); };
-  row.ours = PatternSide<Population>("ours", ours, workload);
+  row.prepare = [ours] { ours.get(); };
+  row.ours = patternSide<Population>("ours", ours, workload);
   const Shared<Glibc> glibc([] { return std::make_unique<Glibc>(); });
-  row.peers.push_back(PatternSide<Population>("glibc malloc", glibc, padded));
+  row.peers.push_back(patternSide<Population>("glibc malloc", glibc, padded));
   return row;
 }
 
-void AddDirectRows(Rows& rows) {
+void addDirectRows(Rows& rows) {
   const Shared<OurDirect> ours([] { return std::make_unique<OurDirect>(); });
   for (const uint32_t size : {16u, 256u, 4096u, 100'000u})
-    rows.push_back(DirectRow(ours, fmt::format("direct mode, random: {} B", size),
+    rows.push_back(directRow(ours, fmt::format("direct mode, random: {} B", size),
                              [size](Random&) { return size; }));
-  rows.push_back(DirectRow(ours, "direct mode, random: 16 B to 100 kB mixed", SpreadSize));
+  rows.push_back(directRow(ours, "direct mode, random: 16 B to 100 kB mixed", spreadSize));
 }
 
 // --- pooled mode ------------------------------------------------------------------------------
 
 #ifdef BENCH_HAS_JEMALLOC
 struct Jemalloc {
-  void* Allocate(size_t size) { return mallocx(size, 0); }
-  void Free(void* block, size_t) { dallocx(block, 0); }
+  void* allocate(size_t size) { return mallocx(size, 0); }
+  void free(void* block, size_t) { dallocx(block, 0); }
 };
 #endif
 
@@ -215,14 +215,14 @@ struct Jemalloc {
 class Mimalloc {
  public:
   Mimalloc() : handle_(dlopen("libmimalloc.so.2", RTLD_NOW | RTLD_LOCAL)) {
-    Check(handle_, handle_ ? "" : dlerror());
+    check(handle_, handle_ ? "" : dlerror());
     allocate_ = reinterpret_cast<void* (*)(size_t)>(dlsym(handle_, "mi_malloc"));
     free_ = reinterpret_cast<void (*)(void*)>(dlsym(handle_, "mi_free"));
-    Check(allocate_ && free_, "mimalloc lacks a function");
+    check(allocate_ && free_, "mimalloc lacks a function");
   }
 
-  void* Allocate(size_t size) { return allocate_(size); }
-  void Free(void* block, size_t) { free_(block); }
+  void* allocate(size_t size) { return allocate_(size); }
+  void free(void* block, size_t) { free_(block); }
 
  private:
   // Never closed: its thread data outlive every user.
@@ -240,90 +240,90 @@ class BoostPools {
     for (size_t i = 0; i < pools_.size(); ++i) pools_[i].emplace((i + 1) * step);
   }
 
-  void* Allocate(size_t size) {
+  void* allocate(size_t size) {
     const std::lock_guard lock(mutex_);
-    return PoolOf(size).malloc();
+    return poolOf(size).malloc();
   }
 
-  void Free(void* block, size_t size) {
+  void free(void* block, size_t size) {
     const std::lock_guard lock(mutex_);
-    PoolOf(size).free(block);
+    poolOf(size).free(block);
   }
 
  private:
   static constexpr size_t step = 16;
 
-  boost::pool<>& PoolOf(size_t size) { return *pools_[(size - 1) / step]; }
+  boost::pool<>& poolOf(size_t size) { return *pools_[(size - 1) / step]; }
 
   std::mutex mutex_;
   std::array<std::optional<boost::pool<>>, 1024 / step> pools_;
 };
 #endif
 
-void* TakePage(uint64_t size) { return std::malloc(size); }
-void FreePage(void* page) { std::free(page); }
+void* takePage(uint64_t size) { return std::malloc(size); }
+void freePage(void* page) { std::free(page); }
 
 class OurPooled {
  public:
   OurPooled() {
     // An exact multiple of 16 from a fresh page: a block that knows exactly this size.
     void* block = allocator_.alloc(160);
-    Check(allocator_.blockSize(block) == 160, "a pooled block does not know its size");
+    check(allocator_.blockSize(block) == 160, "a pooled block does not know its size");
     allocator_.free(block);
   }
   ~OurPooled() { allocator_.releasePages(); }
 
-  void* Allocate(size_t size) { return allocator_.alloc(size); }
-  void Free(void* block, size_t) { allocator_.free(block); }
+  void* allocate(size_t size) { return allocator_.alloc(size); }
+  void free(void* block, size_t) { allocator_.free(block); }
 
  private:
-  PageSource pages_{TakePage, FreePage};
+  PageSource pages_{takePage, freePage};
   ZEBAllocator allocator_{ZEBAllocator::Mode::pooled, pages_};
 };
 
-uint32_t SmallSize(Random& random) {
+uint32_t smallSize(Random& random) {
   return std::uniform_int_distribution<uint32_t>(16, 1024)(random);
 }
 
 template <template <class> class Pattern, class Allocator>
-Side PeerSide(std::string name, const std::shared_ptr<const Workload>& workload) {
+Side peerSide(std::string name, const std::shared_ptr<const Workload>& workload) {
   const Shared<Allocator> allocator([] { return std::make_unique<Allocator>(); });
-  return PatternSide<Pattern>(std::move(name), allocator, workload);
+  return patternSide<Pattern>(std::move(name), allocator, workload);
 }
 
 template <template <class> class Pattern>
-Row PooledRow(std::string name, int operations) {
-  const auto workload = std::make_shared<const Workload>(MakeWorkload(liveBlocks, 43, SmallSize));
+Row pooledRow(std::string name, int operations) {
+  const auto workload = std::make_shared<const Workload>(makeWorkload(kLiveBlocks, 43, smallSize));
   const Shared<OurPooled> ours([] { return std::make_unique<OurPooled>(); });
   Row row{.area = "memory",
           .name = std::move(name),
           .operations = operations,
           .goal = Goal{3.0, {"glibc malloc"}}};
-  row.prepare = [ours] { ours.Get(); };
-  row.ours = PatternSide<Pattern>("ours", ours, workload);
-  row.peers.push_back(PeerSide<Pattern, Glibc>("glibc malloc", workload));
+  row.prepare = [ours] { ours.get(); };
+  row.ours = patternSide<Pattern>("ours", ours, workload);
+  row.peers.push_back(peerSide<Pattern, Glibc>("glibc malloc", workload));
 #ifdef BENCH_HAS_JEMALLOC
-  row.peers.push_back(PeerSide<Pattern, Jemalloc>("jemalloc", workload));
+  row.peers.push_back(peerSide<Pattern, Jemalloc>("jemalloc", workload));
 #endif
 #ifdef BENCH_HAS_MIMALLOC
-  row.peers.push_back(PeerSide<Pattern, Mimalloc>("mimalloc", workload));
+  row.peers.push_back(peerSide<Pattern, Mimalloc>("mimalloc", workload));
 #endif
 #ifdef BENCH_HAS_BOOST
-  row.peers.push_back(PeerSide<Pattern, BoostPools>("boost::pool + std::mutex", workload));
+  row.peers.push_back(peerSide<Pattern, BoostPools>("boost::pool + std::mutex", workload));
 #endif
   return row;
 }
 
-void AddPooledRows(Rows& rows) {
-  rows.push_back(PooledRow<Stack>("pooled mode, LIFO: 16 to 1024 B mixed", lifoDepth));
-  rows.push_back(PooledRow<Population>("pooled mode, random: 16 to 1024 B mixed", 1));
+void addPooledRows(Rows& rows) {
+  rows.push_back(pooledRow<Stack>("pooled mode, LIFO: 16 to 1024 B mixed", kLifoDepth));
+  rows.push_back(pooledRow<Population>("pooled mode, random: 16 to 1024 B mixed", 1));
 }
 
 }  // namespace
 
-void AddMemoryRows(Rows& rows) {
-  AddDirectRows(rows);
-  AddPooledRows(rows);
+void addMemoryRows(Rows& rows) {
+  addDirectRows(rows);
+  addPooledRows(rows);
 }
 
 }  // namespace zeb::bench

@@ -24,69 +24,69 @@ namespace zeb::bench {
 
 namespace {
 
-constexpr size_t objectBytes = 96;
-constexpr uint32_t objectsPerPage = 16;
-constexpr size_t liveObjects = 40;
-constexpr size_t lifoDepth = 64;
+constexpr size_t kObjectBytes = 96;
+constexpr uint32_t kObjectsPerPage = 16;
+constexpr size_t kLiveObjects = 40;
+constexpr size_t kLifoDepth = 64;
 
 struct Object {
-  std::array<uint64_t, objectBytes / sizeof(uint64_t)> words;
+  std::array<uint64_t, kObjectBytes / sizeof(uint64_t)> words;
 };
 
 // A pool is anything with `void* Take()` and `void GiveBack(void*)`.
 
 class OurPool {
  public:
-  void* Take() { return pool_.take(); }
-  void GiveBack(void* object) { pool_.giveBack(object); }
+  void* take() { return pool_.take(); }
+  void giveBack(void* object) { pool_.giveBack(object); }
 
  private:
-  ObjectPool pool_{objectsPerPage, ObjectPool::kLinkBytes + objectBytes,
+  ObjectPool pool_{kObjectsPerPage, ObjectPool::kLinkBytes + kObjectBytes,
                    counters::containerPageMiss};
 };
 
 struct Malloc {
-  void* Take() { return std::malloc(objectBytes); }
-  void GiveBack(void* object) { std::free(object); }
+  void* take() { return std::malloc(kObjectBytes); }
+  void giveBack(void* object) { std::free(object); }
 };
 
 #ifdef BENCH_HAS_BOOST
 class BoostPool {
  public:
-  void* Take() {
+  void* take() {
     const std::lock_guard lock(mutex_);
     return pool_.malloc();
   }
 
-  void GiveBack(void* object) {
+  void giveBack(void* object) {
     const std::lock_guard lock(mutex_);
     pool_.free(object);
   }
 
  private:
   std::mutex mutex_;
-  boost::pool<> pool_{objectBytes, objectsPerPage};
+  boost::pool<> pool_{kObjectBytes, kObjectsPerPage};
 };
 
 class BoostObjectPool {
  public:
-  void* Take() {
+  void* take() {
     const std::lock_guard lock(mutex_);
     return pool_.malloc();
   }
 
-  void GiveBack(void* object) {
+  void giveBack(void* object) {
     const std::lock_guard lock(mutex_);
     pool_.free(static_cast<Object*>(object));
   }
 
  private:
   std::mutex mutex_;
-  boost::object_pool<Object> pool_{objectsPerPage};
+  boost::object_pool<Object> pool_{kObjectsPerPage};
 };
 #endif
 
-void Use(void* object) {
+void use(void* object) {
   static_cast<Object*>(object)->words[0] = 1;
   benchmark::DoNotOptimize(object);
 }
@@ -96,70 +96,72 @@ template <class Pool>
 class PoolInUse {
  public:
   PoolInUse() {
-    for (void*& object : live_) object = pool_.Take();
-    for (size_t i = 0; i < live_.size(); ++i) Tag(live_[i]) = i;
-    for (size_t i = 0; i < live_.size(); ++i) Check(Tag(live_[i]) == i, "two live objects overlap");
+    for (void*& object : live_) object = pool_.take();
+    for (size_t i = 0; i < live_.size(); ++i) tag(live_[i]) = i;
+    for (size_t i = 0; i < live_.size(); ++i) check(tag(live_[i]) == i, "two live objects overlap");
   }
 
   ~PoolInUse() {
-    for (void* object : live_) pool_.GiveBack(object);
+    for (void* object : live_) pool_.giveBack(object);
   }
 
-  Pool& Get() { return pool_; }
+  Pool& get() { return pool_; }
 
  private:
-  static uint64_t& Tag(void* object) { return static_cast<Object*>(object)->words.back(); }
+  static uint64_t& tag(void* object) { return static_cast<Object*>(object)->words.back(); }
 
   Pool pool_;
-  std::array<void*, liveObjects> live_;
+  std::array<void*, kLiveObjects> live_;
 };
 
 template <class Pool>
-auto OneAtATime(Pool* pool) {
+auto takeAndGiveBack(Pool* pool) {
   return [pool] {
-    void* object = pool->Take();
-    Use(object);
-    pool->GiveBack(object);
+    void* object = pool->take();
+    use(object);
+    pool->giveBack(object);
   };
 }
 
 template <class Pool>
-auto Lifo(Pool* pool) {
-  return [pool, taken = std::array<void*, lifoDepth>{}]() mutable {
+auto takeAndGiveBackMany(Pool* pool) {
+  return [pool, taken = std::array<void*, kLifoDepth>{}]() mutable {
     for (void*& object : taken) {
-      object = pool->Take();
-      Use(object);
+      object = pool->take();
+      use(object);
     }
-    for (size_t i = taken.size(); i-- > 0;) pool->GiveBack(taken[i]);
+    for (size_t i = taken.size(); i-- > 0;) pool->giveBack(taken[i]);
   };
 }
 
 template <class Pool>
-Side PoolSide(std::string name, bool lifo) {
+Side poolSide(std::string name, bool lifo) {
   const Shared<PoolInUse<Pool>> pool([] { return std::make_unique<PoolInUse<Pool>>(); });
-  if (lifo) return Measure(std::move(name), [pool](size_t) { return Lifo(&pool.Get().Get()); });
-  return Measure(std::move(name), [pool](size_t) { return OneAtATime(&pool.Get().Get()); });
+  if (lifo)
+    return measure(std::move(name),
+                   [pool](size_t) { return takeAndGiveBackMany(&pool.get().get()); });
+  return measure(std::move(name), [pool](size_t) { return takeAndGiveBack(&pool.get().get()); });
 }
 
-Row PoolRow(std::string name, bool lifo) {
+Row poolRow(std::string name, bool lifo) {
   Row row{.area = "object pool",
           .name = std::move(name),
-          .operations = lifo ? static_cast<int>(lifoDepth) : 1,
+          .operations = lifo ? static_cast<int>(kLifoDepth) : 1,
           .goal = Goal{1.0}};
-  row.ours = PoolSide<OurPool>("ours", lifo);
+  row.ours = poolSide<OurPool>("ours", lifo);
 #ifdef BENCH_HAS_BOOST
-  row.peers.push_back(PoolSide<BoostObjectPool>("boost::object_pool + std::mutex", lifo));
-  row.peers.push_back(PoolSide<BoostPool>("boost::pool + std::mutex", lifo));
+  row.peers.push_back(poolSide<BoostObjectPool>("boost::object_pool + std::mutex", lifo));
+  row.peers.push_back(poolSide<BoostPool>("boost::pool + std::mutex", lifo));
 #endif
-  row.peers.push_back(PoolSide<Malloc>("glibc malloc", lifo));
+  row.peers.push_back(poolSide<Malloc>("glibc malloc", lifo));
   return row;
 }
 
 }  // namespace
 
-void AddPoolRows(Rows& rows) {
-  rows.push_back(PoolRow("take + give back: one at a time, 40 live", false));
-  rows.push_back(PoolRow("take + give back: LIFO 64 deep, 40 live", true));
+void addPoolRows(Rows& rows) {
+  rows.push_back(poolRow("take + give back: one at a time, 40 live", false));
+  rows.push_back(poolRow("take + give back: LIFO 64 deep, 40 live", true));
 }
 
 }  // namespace zeb::bench

@@ -15,13 +15,13 @@ class TablePrinter {
   // With `judges` off the verdicts stay away: a smoke run proves nothing about times.
   explicit TablePrinter(bool judges) : judges_(judges) {}
 
-  void PrintHead(int repetitions) const;
-  void Print(const Result& result);
+  void printHead(int repetitions) const;
+  void print(const Result& result);
   // How many goals were met and which were not.
-  void PrintSummary() const;
+  void printSummary() const;
 
  private:
-  std::string Verdict(const Result& result) const;
+  std::string verdict(const Result& result) const;
 
   bool judges_;
   std::string area_;
@@ -30,7 +30,7 @@ class TablePrinter {
 };
 
 // Writes all results; ends the process with a message when the file cannot be written.
-void WriteJson(const std::string& path, const std::vector<Result>& results);
+void writeJson(const std::string& path, const std::vector<Result>& results);
 
 }  // namespace zeb::bench
 

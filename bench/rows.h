@@ -6,13 +6,13 @@
 
 namespace zeb::bench {
 
-void AddLookupRows(Rows& rows);
-void AddAtomRows(Rows& rows);
-void AddErrorRows(Rows& rows);
-void AddMemoryRows(Rows& rows);
-void AddPoolRows(Rows& rows);
-void AddEventRows(Rows& rows);
-void AddLifecycleRows(Rows& rows);
+void addLookupRows(Rows& rows);
+void addAtomRows(Rows& rows);
+void addErrorRows(Rows& rows);
+void addMemoryRows(Rows& rows);
+void addPoolRows(Rows& rows);
+void addEventRows(Rows& rows);
+void addLifecycleRows(Rows& rows);
 
 }  // namespace zeb::bench
 

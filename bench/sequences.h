@@ -12,7 +12,7 @@ namespace zeb::bench {
 using Random = std::mt19937_64;
 
 // `count` numbers from 0 to limit - 1.
-inline std::vector<uint32_t> RandomNumbers(size_t count, uint32_t limit, uint64_t seed) {
+inline std::vector<uint32_t> randomNumbers(size_t count, uint32_t limit, uint64_t seed) {
   Random random(seed);
   std::uniform_int_distribution<uint32_t> number(0, limit - 1);
   std::vector<uint32_t> numbers(count);
@@ -30,18 +30,19 @@ class Texts {
     std::uniform_int_distribution<int> letter('a', 'z');
     for (size_t index = 0; index < count; ++index) {
       char* text = characters_.data() + index * stride_;
-      for (size_t i = 0; i + indexDigits < length; ++i) text[i] = static_cast<char>(letter(random));
+      for (size_t i = 0; i + kIndexDigits < length; ++i)
+        text[i] = static_cast<char>(letter(random));
       size_t rest = index;
-      for (size_t i = 0; i < indexDigits; ++i, rest /= 26)
+      for (size_t i = 0; i < kIndexDigits; ++i, rest /= 26)
         text[length - 1 - i] = static_cast<char>('a' + rest % 26);
     }
   }
 
-  size_t Count() const { return count_; }
+  size_t count() const { return count_; }
   const char* operator[](size_t index) const { return characters_.data() + index * stride_; }
 
  private:
-  static constexpr size_t indexDigits = 5;
+  static constexpr size_t kIndexDigits = 5;
 
   size_t count_;
   size_t stride_;
