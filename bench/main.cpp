@@ -3,8 +3,10 @@
 // Exits 0 also when a goal is missed, the table says so; not 0 when somebody answered wrongly or
 // the run itself failed.
 #include <fmt/format.h>
+#include <sys/resource.h>
 
 #include <CLI/CLI.hpp>
+#include <chrono>
 #include <filesystem>
 #include <latch>
 #include <regex>
@@ -47,6 +49,24 @@ class SecondThread {
   std::thread thread_;
 };
 
+// How often the system took a CPU away from this process, since the process began.
+long switchesAwayFromUs() {
+  rusage usage{};
+  check(getrusage(RUSAGE_SELF, &usage) == 0, "the system does not tell what this process used");
+  return usage.ru_nivcsw;
+}
+
+// A run beside busy neighbours is no good for rows with two threads above all: a thread that is
+// taken off its CPU cannot get in the other's way.
+void tellIfDisturbed(double seconds, long switches) {
+  constexpr double quietPerSecond = 20;
+  if (static_cast<double>(switches) < quietPerSecond * seconds) return;
+  fmt::print(
+      "\nOther processes took the CPUs away {:.0f} times a second: measure again on a quiet "
+      "machine.\n",
+      static_cast<double>(switches) / seconds);
+}
+
 Rows allRows() {
   Rows rows;
   addLookupRows(rows);
@@ -74,12 +94,16 @@ void run(Arguments& arguments) {
   TablePrinter table(!arguments.run.quick);
   std::vector<Result> results;
   table.printHead(arguments.run.repetitions);
+  const auto begin = std::chrono::steady_clock::now();
+  const long switchesBefore = switchesAwayFromUs();
   runRows(std::move(rows), arguments.run, [&](const Result& result) {
     table.print(result);
     results.push_back(result);
   });
   check(!results.empty(), "no row fits the filter");
   table.printSummary();
+  const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begin;
+  tellIfDisturbed(took.count(), switchesAwayFromUs() - switchesBefore);
   writeJson(arguments.json, results);
 }
 

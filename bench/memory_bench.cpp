@@ -70,6 +70,11 @@ Workload makeWorkload(size_t blocks, uint64_t seed, NextSize nextSize) {
   return workload;
 }
 
+template <class Make>
+Shared<Workload> sharedWorkload(Make make) {
+  return Shared<Workload>([=] { return std::make_unique<Workload>(make()); });
+}
+
 void use(void* block) {
   *static_cast<uint64_t*>(block) = 1;
   benchmark::DoNotOptimize(block);
@@ -135,9 +140,9 @@ class Stack {
 
 template <template <class> class Pattern, class Allocator>
 Side patternSide(std::string name, const Shared<Allocator>& allocator,
-                 const std::shared_ptr<const Workload>& workload) {
+                 const Shared<Workload>& workload) {
   return measure(std::move(name),
-                 [=](size_t) { return Pattern<Allocator>(&allocator.get(), *workload); });
+                 [=](size_t) { return Pattern<Allocator>(&allocator.get(), workload.get()); });
 }
 
 // --- direct mode ------------------------------------------------------------------------------
@@ -183,8 +188,9 @@ uint32_t spreadSize(Random& random) {
 
 template <class NextSize>
 Row directRow(const Shared<OurDirect>& ours, std::string name, NextSize nextSize) {
-  const auto workload = std::make_shared<const Workload>(makeWorkload(kLiveBlocks, 41, nextSize));
-  const auto padded = std::make_shared<const Workload>(asMallocSeesIt(*workload));
+  const Shared<Workload> workload =
+      sharedWorkload([=] { return makeWorkload(kLiveBlocks, 41, nextSize); });
+  const Shared<Workload> padded = sharedWorkload([=] { return asMallocSeesIt(workload.get()); });
   Row row{.area = "memory", .name = std::move(name), .goal = Goal{1.15}};
   row.prepare = [ours] { ours.get(); };
   row.ours = patternSide<Population>("ours", ours, workload);
@@ -286,14 +292,15 @@ uint32_t smallSize(Random& random) {
 }
 
 template <template <class> class Pattern, class Allocator>
-Side peerSide(std::string name, const std::shared_ptr<const Workload>& workload) {
+Side peerSide(std::string name, const Shared<Workload>& workload) {
   const Shared<Allocator> allocator([] { return std::make_unique<Allocator>(); });
   return patternSide<Pattern>(std::move(name), allocator, workload);
 }
 
 template <template <class> class Pattern>
 Row pooledRow(std::string name, int operations) {
-  const auto workload = std::make_shared<const Workload>(makeWorkload(kLiveBlocks, 43, smallSize));
+  const Shared<Workload> workload =
+      sharedWorkload([] { return makeWorkload(kLiveBlocks, 43, smallSize); });
   const Shared<OurPooled> ours([] { return std::make_unique<OurPooled>(); });
   Row row{.area = "memory",
           .name = std::move(name),
