@@ -36,6 +36,7 @@ void* ObjectPool::take() {
 
 void* ObjectPool::takeFrom(Page* page) noexcept {
   Slot* slot = page->freeSlots;
+  // NOLINTNEXTLINE(clang-analyzer-core.NullDereference): pages on this list have a free slot
   page->freeSlots = slot->nextFree;
   ++page->used;
   slot->page = page;

@@ -2,6 +2,7 @@
 #ifndef ZEB_REGISTRY_PROC_TABLE_H
 #define ZEB_REGISTRY_PROC_TABLE_H
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -28,8 +29,8 @@ struct ProcKey {
 
   // How many of the names are texts: each of them is counted as an atom that is made.
   [[nodiscard]] unsigned texts() const noexcept {
-    return unsigned{names[0].text != nullptr} + unsigned{names[1].text != nullptr} +
-           unsigned{names[2].text != nullptr};
+    return static_cast<unsigned>(std::count_if(
+        names.begin(), names.end(), [](const TextKey& name) { return name.text != nullptr; }));
   }
 };
 
