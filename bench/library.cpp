@@ -2,6 +2,8 @@
 
 #include <dlfcn.h>
 
+#include <thread>
+
 #include "harness.h"
 
 namespace zeb::bench {
@@ -31,6 +33,13 @@ const Library& theLibrary() { return library; }
 
 Session::Session() : getProcAddress_(library.initialize(nullptr, nullptr, nullptr)) {
   check(getProcAddress_, "the library does not start");
+  beUsedByAnotherThread();
+}
+
+void Session::beUsedByAnotherThread() const {
+  std::thread([find = getProcAddress_] {
+    check(find("ZEB", "ZEBIsMultiThreaded", "ZEBIsMultiThreaded"), "a proc is not found");
+  }).join();
 }
 
 Session::~Session() { library.terminate(); }
