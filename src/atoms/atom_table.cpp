@@ -42,6 +42,21 @@ ZEBString* constructAtom(void* memory, const TextKey& key) noexcept {
   return atom;
 }
 
+// How a make ended: with an atom that was there, or else with a text that had to be copied, whether
+// or not there was memory to do so. Nothing is counted before the end: of many threads that miss a
+// text at the same time one copies it and the others find it.
+class MakeEvent {
+ public:
+  MakeEvent() noexcept = default;
+  MakeEvent(const MakeEvent&) = delete;
+  MakeEvent& operator=(const MakeEvent&) = delete;
+  ~MakeEvent() { (found_ ? counters::atomFound : counters::atomAllocated).signal(); }
+  void found() noexcept { found_ = true; }
+
+ private:
+  bool found_ = false;
+};
+
 }  // namespace
 
 AtomTable::Leftovers::~Leftovers() {
@@ -79,19 +94,17 @@ void AtomTable::makeAll(std::span<const TextKey> keys, std::span<Ref> made) {
 // or finds an atom whose last release is under way: then it gives the releasing thread time, a
 // little more in each round.
 ZEBString* AtomTable::makeAfter(Outcome outcome, const TextKey& key, ZEBString* atom) {
+  MakeEvent event;
   Supplies supplies;
   unsigned naps = 0;
-  bool countedAbsence = false;
   for (;; outcome = look(key, supplies, atom)) {
     switch (outcome) {
       case Outcome::found:
-        counters::atomFound.signal();
+        event.found();
         return atom;
       case Outcome::inserted:
         return atom;
       case Outcome::absent:
-        if (!countedAbsence) counters::atomAllocated.signal();
-        countedAbsence = true;
         createIfAbsent();
         supplies.atom = allocAtom(key);
         break;

@@ -17,10 +17,11 @@ Moment Moment::now() noexcept {
   return moment;
 }
 
-bool onlyReaderIsCaller() noexcept {
+bool nobodyCanBeReading() noexcept {
   // A thread that gets a further cell moves the number before it first enters a section, and so
   // either is seen here or sees what the caller has unlinked.
-  return exclusiveThreadSlotsUsed() == 1 && threadSlot() == 0;
+  if (exclusiveThreadSlotsUsed() != 1 || threadSlot() != 0) return false;
+  return (cells[0].sequence.load(std::memory_order_relaxed) & 1) == 0;
 }
 
 bool Moment::passed() const noexcept {

@@ -47,8 +47,8 @@ struct Moment {
   [[nodiscard]] bool passed() const noexcept;
 };
 
-// True when no other thread than the calling one can be in a section. The caller itself is not.
-[[nodiscard]] bool onlyReaderIsCaller() noexcept;
+// True when the calling thread is the only one that has ever had a cell, and is in no section.
+[[nodiscard]] bool nobodyCanBeReading() noexcept;
 }  // namespace read_section
 
 class ReadSection {
@@ -93,7 +93,7 @@ class RetireList {
     T* unseen = nullptr;
     if (waiting_ != nullptr && since_.passed()) moveAll(waiting_, unseen);
     if (fresh_ == nullptr) return unseen;
-    if (read_section::onlyReaderIsCaller()) {
+    if (read_section::nobodyCanBeReading()) {
       moveAll(waiting_, unseen);
       moveFresh(unseen);
     } else if (freshCount_ >= kBatch && waiting_ == nullptr) {

@@ -61,7 +61,7 @@ ZEBErrorObject* GetCoreError(int32_t id) noexcept {
 }
 
 void AddRef(ZEBErrorObject* error) noexcept { errors::addReference(error); }
-void AddRefV1(ZEBErrorObject* error) noexcept { errors::addReference(error); }
+constexpr auto& AddRefV1 = AddRef;  // one function under two names
 void Release(ZEBErrorObject* error) noexcept { errors::release(error); }
 
 ZEBString* GetErrorMessage(ZEBErrorObject* error) noexcept {

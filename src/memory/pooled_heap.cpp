@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <utility>
 
 #include "base/library_counters.h"
 #include "util/checked_math.h"
@@ -188,18 +189,22 @@ void PooledHeap::freeSmall(FreeBlock* block) {
   }
   const bool pageIsEmpty = previousSizeOf(block->header()) == 0 && headerAfter(block).size == 0;
   if (pageIsEmpty) {
-    giveBackPage(reinterpret_cast<Byte*>(block) - kFirstDataOffset);
+    freePage(reinterpret_cast<Byte*>(block) - kFirstDataOffset);
     return;
   }
   setFree(block->header(), true);
   freeBlocks_.add(block);
 }
 
-void PooledHeap::giveBackPage(void* page) {
+void PooledHeap::freePage(void* page) {
   if (sparePage_ == nullptr) {
     sparePage_ = page;
-    return;
+  } else {
+    giveBackPage(page);
   }
+}
+
+void PooledHeap::giveBackPage(void* page) {
   unhold(kPageBytes);
   source_.free(page);
 }
@@ -210,16 +215,13 @@ uint64_t PooledHeap::blockSize(const void* data) noexcept {
   return (static_cast<const LargeHeader*>(data) - 1)->size;
 }
 
+// Each spare is forgotten before it is given back, so that one whose giving back throws is not
+// given back again.
 void PooledHeap::releasePages() {
   SpinGuard guard(lock_);
-  if (spareLarge_ != nullptr) giveBackLarge(spareLarge_);
-  spareLarge_ = nullptr;
-  if (sparePage_ != nullptr) {
-    unhold(kPageBytes);
-    source_.free(sparePage_);
-  }
-  sparePage_ = nullptr;
   freeBlocks_.clear();
+  if (LargeHeader* large = std::exchange(spareLarge_, nullptr)) giveBackLarge(large);
+  if (void* page = std::exchange(sparePage_, nullptr)) giveBackPage(page);
 }
 
 }  // namespace zeb

@@ -67,6 +67,7 @@ class PooledHeap {
   void freeSmall(FreeBlock* block) ZEB_REQUIRES(lock_);
   void freeLarge(LargeHeader* block) ZEB_REQUIRES(lock_);
   void giveBackLarge(LargeHeader* block) const;
+  void freePage(void* page) ZEB_REQUIRES(lock_);
   void giveBackPage(void* page) ZEB_REQUIRES(lock_);
 
   static void hold(uint64_t bytes) noexcept;

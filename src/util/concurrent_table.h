@@ -129,6 +129,7 @@ class ConcurrentTable {
 
   // Calls `visit` with each node. `visit` may remove the very node that it is given if it then
   // returns true: the slot is looked at again, because closing a hole may move another node there.
+  // A node that wrapped around the end may in this way come back before it and be visited twice.
   template <class Visit>
   void forEach(Visit visit) {
     Array* array = array_.load(std::memory_order_relaxed);

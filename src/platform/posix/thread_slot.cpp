@@ -47,8 +47,10 @@ class ThreadEndKey {
 
 const ThreadEndKey threadEnd;
 
+// Sequentially consistent even where another thread has raised it already: whoever reads the number
+// too early to see this slot must come before everything that the slot's owner does from here on.
 void raiseSlotsUsed(unsigned atLeast) noexcept {
-  unsigned used = slotsUsed.load(std::memory_order_relaxed);
+  unsigned used = slotsUsed.load(std::memory_order_seq_cst);
   while (used < atLeast &&
          !slotsUsed.compare_exchange_weak(used, atLeast, std::memory_order_seq_cst)) {
   }

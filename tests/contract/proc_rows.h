@@ -1,0 +1,67 @@
+// Every proc that the library publishes, written out once more by hand: clients built long ago ask
+// for exactly these names, whatever the headers of today say. Rows are only ever added.
+#ifndef ZEB_TESTS_CONTRACT_PROC_ROWS_H
+#define ZEB_TESTS_CONTRACT_PROC_ROWS_H
+
+#include <ostream>
+
+namespace contract {
+
+struct ProcRow {
+  const char* interfaceName;
+  const char* methodName;
+  const char* procName;
+};
+
+inline void PrintTo(const ProcRow& row, std::ostream* out) {
+  *out << row.interfaceName << "/" << row.methodName << "/" << row.procName;
+}
+
+inline constexpr ProcRow kProcRows[] = {
+    {"ZEB", "ZEBRegisterProcAddress", "ZEBRegisterProcAddress"},
+    {"ZEB", "ZEBReportError", "ZEBReportError"},
+    {"ZEB", "ZEBUnregisterInterface", "ZEBUnregisterInterface"},
+    {"ZEB", "ZEBGetUnregisterCount", "ZEBGetUnregisterCount"},
+    {"ZEB", "ZEBGetUnregisterCountAddr", "ZEBGetUnregisterCountAddr"},
+    {"ZEB", "ZEBAssertNoObjects", "ZEBAssertNoObjects"},
+    {"ZEB", "ZEBIsMultiThreaded", "ZEBIsMultiThreaded"},
+
+    {"ZEBMemoryInterface", "Alloc", "ZEBMemAllocProc"},
+    {"ZEBMemoryInterface", "Realloc", "ZEBMemReallocProc"},
+    {"ZEBMemoryInterface", "Free", "ZEBMemFreeProc"},
+    {"ZEBMemoryInterface", "GetBlockSize", "ZEBMemGetBlockSizeProc"},
+
+    {"ZEBMemDbgInterface", "StartWatch", "ZEBMemDbgStartWatchProc"},
+    {"ZEBMemDbgInterface", "StopWatch", "ZEBMemDbgStopWatchProc"},
+    {"ZEBMemDbgInterface", "VerifyHeap", "ZEBMemDbgVerifyHeapProc"},
+    {"ZEBMemDbgInterface", "ReportStats", "ZEBMemDbgReportStatsProc"},
+    {"ZEBMemDbgInterface", "SetFailureRate", "ZEBMemDbgSetFailureRateProc"},
+    {"ZEBMemDbgInterface", "GetCurAlloc", "ZEBMemDbgGetCurAllocProc"},
+    {"ZEBMemDbgInterface", "GetHighWaterAlloc", "ZEBMemDbgGetHighWaterAllocProc"},
+    {"ZEBMemDbgInterface", "GetNumAllocs", "ZEBMemDbgGetNumAllocsProc"},
+
+    {"ZEBErrorInterface", "NewError", "ZEBNewErrorProc"},
+    {"ZEBErrorInterface", "GetCoreError", "ZEBGetCoreErrorProc"},
+    {"ZEBErrorInterface", "AddRef", "ZEBErrorAddRefProcV2"},
+    {"ZEBErrorInterface", "AddRef", "ZEBErrorAddRefProc"},
+    {"ZEBErrorInterface", "Release", "ZEBErrorReleaseProc"},
+    {"ZEBErrorInterface", "GetErrorMessage", "ZEBErrorGetMessageProc"},
+    {"ZEBErrorInterface", "GetComponent", "ZEBErrorGetComponentProc"},
+    {"ZEBErrorInterface", "GetID", "ZEBErrorGetIDProc"},
+    {"ZEBErrorInterface", "GetErrorInfo", "ZEBGetErrorInfoProc"},
+
+    {"ZEBStringInterface", "NewStringAtom", "ZEBNewStringAtomProc"},
+    {"ZEBStringInterface", "DeleteStringAtom", "ZEBDeleteStringAtomProc"},
+    {"ZEBStringInterface", "GetCString", "ZEBGetCStringProc"},
+    {"ZEBStringInterface", "AddRef", "ZEBAddRefStringAtomProc"},
+
+    {"ZEBEventInterface", "NewEventCounter", "ZEBNewEventCounterProc"},
+    {"ZEBEventInterface", "DeleteEventCounter", "ZEBDeleteEventCounterProc"},
+    {"ZEBEventInterface", "SignalEventCounter", "ZEBSignalEventCounterProc"},
+    {"ZEBEventInterface", "NewEventSnapshot", "ZEBNewEventSnapshotProc"},
+    {"ZEBEventInterface", "DeleteEventSnapshot", "ZEBDeleteEventSnapshotProc"},
+};
+
+}  // namespace contract
+
+#endif
