@@ -1,0 +1,19 @@
+// The rows of every area, one source file each.
+#ifndef ZEB_BENCH_ROWS_H
+#define ZEB_BENCH_ROWS_H
+
+#include "harness.h"
+
+namespace zeb::bench {
+
+void addLookupRows(Rows& rows);
+void addAtomRows(Rows& rows);
+void addErrorRows(Rows& rows);
+void addMemoryRows(Rows& rows);
+void addPoolRows(Rows& rows);
+void addEventRows(Rows& rows);
+void addLifecycleRows(Rows& rows);
+
+}  // namespace zeb::bench
+
+#endif
