@@ -11,7 +11,7 @@ namespace zeb::atoms {
 
 namespace {
 
-constexpr uint64_t kFirstCapacity = 1024;
+constexpr uint64_t kFirstCapacity = 2048;
 constexpr const char* kPermanentText = ".";
 
 // A big-endian UTF-16 text ends with a 16-bit zero of its own, whatever its zero bytes say.

@@ -88,37 +88,51 @@ class RetireList {
     ++freshCount_;
   }
 
-  // A chain of objects that nobody can see any more. Free them after leaving the lock.
+  // A chain of objects that nobody can see any more, not necessarily of all of them. Free them
+  // after leaving the lock.
   [[nodiscard]] T* takeUnseen() noexcept {
-    T* unseen = nullptr;
-    if (waiting_ != nullptr && since_.passed()) moveAll(waiting_, unseen);
-    if (fresh_ == nullptr) return unseen;
-    if (read_section::nobodyCanBeReading()) {
-      moveAll(waiting_, unseen);
-      moveFresh(unseen);
-    } else if (freshCount_ >= kBatch && waiting_ == nullptr) {
-      since_ = read_section::Moment::now();
-      moveFresh(since_.anybodyReading ? waiting_ : unseen);
+    if (waiting_ != nullptr && since_.passed()) moveAll(waiting_, unseen_);
+    if (fresh_ != nullptr && read_section::nobodyCanBeReading()) {
+      moveAll(waiting_, unseen_);
+      moveFresh(unseen_);
+      return takeSome(~0u);
     }
-    return unseen;
+    if (freshCount_ >= kBatch && waiting_ == nullptr) {
+      since_ = read_section::Moment::now();
+      moveFresh(since_.anybodyReading ? waiting_ : unseen_);
+    }
+    return takeSome(kAtOnce);
   }
 
   // All of them. Only while no other thread uses the library.
   [[nodiscard]] T* takeAll() noexcept {
     T* all = nullptr;
+    moveAll(unseen_, all);
     moveAll(waiting_, all);
     moveFresh(all);
     return all;
   }
 
  private:
+  // A batch is handed out little by little: an allocator that gets many blocks at once leaves its
+  // fast path.
+  static constexpr unsigned kAtOnce = kBatch > 1 ? 2 : ~0u;
+
+  T* takeSome(unsigned most) noexcept {
+    T* some = nullptr;
+    for (; unseen_ != nullptr && most > 0; --most) moveOne(unseen_, some);
+    return some;
+  }
+
+  static void moveOne(T*& from, T*& to) noexcept {
+    T* object = from;
+    from = object->nextRetired;
+    object->nextRetired = to;
+    to = object;
+  }
+
   static void moveAll(T*& from, T*& to) noexcept {
-    while (from != nullptr) {
-      T* object = from;
-      from = object->nextRetired;
-      object->nextRetired = to;
-      to = object;
-    }
+    while (from != nullptr) moveOne(from, to);
   }
 
   void moveFresh(T*& to) noexcept {
@@ -129,6 +143,7 @@ class RetireList {
   T* fresh_ = nullptr;  // retired after `since_`
   unsigned freshCount_ = 0;
   T* waiting_ = nullptr;  // retired before `since_`
+  T* unseen_ = nullptr;   // nobody can see them
   read_section::Moment since_;
 };
 

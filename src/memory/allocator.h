@@ -13,10 +13,13 @@
 #ifndef ZEB_MEMORY_ALLOCATOR_H
 #define ZEB_MEMORY_ALLOCATOR_H
 
+#include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 
 #include "base/host_state.h"
 #include "memory/pooled_heap.h"
+#include "util/checked_math.h"
 
 class ZEBAllocator {
  public:
@@ -32,10 +35,22 @@ class ZEBAllocator {
                                   const zeb::PageSource& pages = zeb::hostState.pages) noexcept
       : heap_(pages), mode_(mode) {}
 
-  [[nodiscard]] void* alloc(uint64_t size);
+  [[nodiscard]] void* alloc(uint64_t size) {
+    void* block = mode_ == Mode::direct ? allocDirect(size) : heap_.alloc(size);
+    if (block == nullptr) [[unlikely]]
+      exhausted();
+    return block;
+  }
   // Always moves; null means alloc. On failure the old block is untouched.
   [[nodiscard]] void* realloc(void* block, uint64_t size);
-  void free(void* block) noexcept;
+  void free(void* block) noexcept {
+    if (block == nullptr) return;
+    if (mode_ == Mode::direct) {
+      std::free(static_cast<DirectHeader*>(block) - 1);
+    } else {
+      freePooled(block);
+    }
+  }
   // 0 for null; in direct mode what was asked for, in pooled mode the block's own size.
   [[nodiscard]] uint64_t blockSize(const void* block) const noexcept;
 
@@ -46,11 +61,40 @@ class ZEBAllocator {
   void releasePages() noexcept;
 
   // Bytes that direct mode adds behind the data of a block of this size.
-  [[nodiscard]] static uint64_t slackFor(uint64_t size) noexcept;
+  [[nodiscard]] static uint64_t slackFor(uint64_t size) noexcept {
+    if (size < kLeastSlackBelow) return kLeastSlack;
+    if (size >= kMostSlackFrom) return kMostSlack;
+    // Through 32 bits, which the processor converts in one step.
+    const auto exact = kSlackFraction * static_cast<float>(static_cast<int32_t>(size));
+    const auto slack = static_cast<uint64_t>(static_cast<int32_t>(exact));
+    return std::clamp(slack, kLeastSlack, kMostSlack);
+  }
 
  private:
-  [[nodiscard]] static void* allocDirect(uint64_t size) noexcept;
-  [[nodiscard]] static uint64_t directSize(const void* block) noexcept;
+  // The header before a direct block's data.
+  struct DirectHeader {
+    uint64_t requested;
+    uint64_t reserved;
+  };
+  static_assert(sizeof(DirectHeader) == kDirectHeaderBytes);
+
+  // From these sizes on the slack needs no arithmetic.
+  static constexpr uint64_t kMostSlackFrom = 4000;
+  static constexpr uint64_t kLeastSlackBelow = 320;
+
+  // Null when there is no memory or the size cannot be represented.
+  [[nodiscard]] static void* allocDirect(uint64_t size) noexcept {
+    const auto bytes = zeb::checkedAdd(size, kDirectHeaderBytes + slackFor(size));
+    if (!bytes) return nullptr;
+    auto* header = static_cast<DirectHeader*>(std::malloc(*bytes));
+    if (header == nullptr) return nullptr;
+    header->requested = size;
+    return header + 1;
+  }
+  [[nodiscard]] static uint64_t directSize(const void* block) noexcept {
+    return (static_cast<const DirectHeader*>(block) - 1)->requested;
+  }
+  void freePooled(void* block) noexcept;
 
   zeb::PooledHeap heap_;
   const Mode mode_;

@@ -3,7 +3,7 @@
 //
 // If thread A stores x, passes the light fence and loads y, while thread B stores y, passes the
 // heavy fence and loads x, at least one of them sees the other's store. Where the system has no
-// heavy fence, the light one is a full fence and the heavy one is nothing.
+// heavy fence, both are full fences.
 #ifndef ZEB_PLATFORM_ASYMMETRIC_FENCE_H
 #define ZEB_PLATFORM_ASYMMETRIC_FENCE_H
 
@@ -23,7 +23,7 @@ inline void storeThenLightFence(std::atomic<uint64_t>& cell, uint64_t value) noe
     cell.store(value, std::memory_order_relaxed);
     std::atomic_signal_fence(std::memory_order_seq_cst);
   } else {
-    cell.store(value, std::memory_order_seq_cst);
+    (void)cell.exchange(value, std::memory_order_seq_cst);
   }
 }
 

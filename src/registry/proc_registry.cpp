@@ -99,11 +99,34 @@ bool addAll(std::span<const ZEBProcTableEntry> entries, const char* interfaceNam
   return true;
 }
 
-// One read section serves a run of requests; only a name that is not an atom yet interrupts it.
+namespace {
+
+// Finds requests in one read section, from the first on, until one is not there for certain.
+// Returns their number.
+size_t findRun(std::span<const ZEBProcRequest> requests, const TextKey& interfaceKey,
+               ZEBProc* procs) noexcept {
+  size_t found = 0;
+  uint64_t texts = 0;
+  {
+    const ReadSection section;
+    for (; section.entered() && found < requests.size(); ++found) {
+      const ProcKey key(interfaceKey, requests[found].methodName, requests[found].procName);
+      const ProcEntry* entry = table.search(key).node;
+      if (entry == nullptr || entry->proc == nullptr) break;
+      procs[found] = entry->proc;
+      texts += key.texts();
+    }
+  }
+  counters::atomFound.signal(texts);
+  return found;
+}
+
+}  // namespace
+
 bool findAll(std::span<const ZEBProcRequest> requests, const char* interfaceName,
              ZEBProc* procs) noexcept {
   const TextKey interfaceKey(interfaceName);
-  for (size_t i = 0; i < requests.size(); ++i) {
+  for (size_t i = findRun(requests, interfaceKey, procs); i < requests.size(); ++i) {
     procs[i] = findKey(ProcKey(interfaceKey, requests[i].methodName, requests[i].procName));
     if (procs[i] == nullptr) return false;
   }

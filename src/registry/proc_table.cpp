@@ -6,7 +6,7 @@ namespace zeb::registry {
 
 namespace {
 
-constexpr uint64_t kFirstCapacity = 1024;
+constexpr uint64_t kFirstCapacity = 2048;
 
 bool sameName(const ZEBString* atom, const TextKey& key) noexcept {
   if (atom == nullptr || key.text == nullptr) return atom == nullptr && key.text == nullptr;

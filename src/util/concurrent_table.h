@@ -1,6 +1,6 @@
 // A hash table of pointers that is searched without a lock while one writer at a time changes it.
 //
-// Open addressing, linear probing, never more than half full. A writer holds its owner's lock; a
+// Open addressing, linear probing, half full at the most. A writer holds its owner's lock; a
 // reader holds a read section (base/read_section.h), which keeps every node and every array that it
 // can reach from being freed.
 //
@@ -8,9 +8,13 @@
 // certain unless a removal moved nodes meanwhile, perhaps past the reader; the search says so. A
 // reader that needs to know asks again under the lock.
 //
-// Slots are stored and loaded sequentially consistently. Thus a reader that finds the version even
-// and unchanged around its search has seen no slot in the middle of a removal, and a reader who
-// announced itself before the search is seen by a remover who looks after it has cleared the slot.
+// Why that can be told: slots are stored with release and loaded with acquire at least. A reader
+// that sees a slot that a removal has changed therefore also sees the version that the removal set
+// before; if the version is even and unchanged around the search, the reader has seen none.
+//
+// The last store of a removal and every load of a slot are sequentially consistent besides: a
+// remover that then looks for readers, and a reader that announces itself and then looks at slots,
+// cannot both miss the other (base/read_section.h).
 #ifndef ZEB_UTIL_CONCURRENT_TABLE_H
 #define ZEB_UTIL_CONCURRENT_TABLE_H
 
@@ -53,6 +57,8 @@ class ConcurrentTable {
     bool certain;  // false: not found, but a removal was under way
   };
 
+  static constexpr uint64_t kLargestSparse = 16384;
+
   constexpr ConcurrentTable() noexcept = default;
 
   [[nodiscard]] bool exists() const noexcept { return array_.load(std::memory_order_seq_cst); }
@@ -60,10 +66,10 @@ class ConcurrentTable {
   // For readers in a read section and for the writer.
   template <class Matches>
   [[nodiscard]] Found search(uint64_t hash, Matches matches) const noexcept {
-    const uint64_t version = version_.load(std::memory_order_seq_cst);
+    const uint64_t version = version_.load(std::memory_order_acquire);
     if (Node* node = find(hash, matches)) return {node, true};
     const bool removing = (version & 1) != 0;
-    return {nullptr, !removing && version_.load(std::memory_order_seq_cst) == version};
+    return {nullptr, !removing && version_.load(std::memory_order_relaxed) == version};
   }
 
   // The same without a word about certainty.
@@ -88,7 +94,12 @@ class ConcurrentTable {
     const Array* array = array_.load(std::memory_order_relaxed);
     return array != nullptr ? array->mask + 1 : 0;
   }
-  [[nodiscard]] bool hasRoom() const noexcept { return (count_ + 1) * 2 <= capacity(); }
+  // Small tables stay three quarters empty, because most searches are for what is not the first in
+  // its run otherwise; large ones half, because of their size.
+  [[nodiscard]] bool hasRoom() const noexcept {
+    const uint64_t slotsPerNode = capacity() <= kLargestSparse ? 4 : 2;
+    return (count_ + 1) * slotsPerNode <= capacity();
+  }
 
   // Copies everything into a larger, fresh array and returns the old one (null at first), which
   // readers may still be searching.
@@ -154,7 +165,7 @@ class ConcurrentTable {
 
   static void fill(Slot& slot, Node* node, uint64_t hash) noexcept {
     slot.hash.store(hash, std::memory_order_relaxed);
-    slot.node.store(node, std::memory_order_seq_cst);
+    slot.node.store(node, std::memory_order_release);
   }
 
   static void place(Array& array, Node* node) noexcept {
@@ -165,7 +176,7 @@ class ConcurrentTable {
 
   // Odd while a removal moves nodes.
   void moveVersion() noexcept {
-    version_.store(version_.load(std::memory_order_relaxed) + 1, std::memory_order_seq_cst);
+    version_.store(version_.load(std::memory_order_relaxed) + 1, std::memory_order_release);
   }
 
   // Moves later nodes of the same run down, so that no search ends early at the hole.

@@ -42,31 +42,40 @@ inline uint64_t tail(const char* text, uint64_t length, uint64_t state) noexcept
   return fold(bytes ^ kFactor, state);
 }
 
+// Names are mostly shorter than 33 bytes: for those there is no loop, and the two products of the
+// longer half do not wait for each other.
 inline uint64_t of(const char* text, uint64_t length) noexcept {
   uint64_t state = kSeed ^ length;
-  while (length > 16) {
+  if (length <= 16) return fold(tail(text, length, state), kSeed);
+  for (; length > 32; text += 16, length -= 16) {
     state = fold(load<uint64_t>(text) ^ kFactor, load<uint64_t>(text + 8) ^ state);
-    text += 16;
-    length -= 16;
   }
-  return fold(tail(text, length, state), kSeed);
+  const char* const last = text + length - 16;
+  const uint64_t front = fold(load<uint64_t>(text) ^ kFactor, load<uint64_t>(text + 8) ^ state);
+  const uint64_t back = fold(load<uint64_t>(last) ^ kSeed, load<uint64_t>(last + 8) ^ state);
+  return fold(front ^ kFactor, back ^ kSeed);
 }
 
 }  // namespace text_hash
 
-// memcmp's answer for texts of a few dozen bytes without the cost of the call.
+// memcmp's answer, without a call for texts of up to 32 bytes.
 inline bool sameBytes(const char* a, const char* b, uint64_t length) noexcept {
   using text_hash::load;
-  if (length < 8) {
-    for (uint64_t i = 0; i < length; ++i) {
-      if (a[i] != b[i]) return false;
-    }
-    return true;
+  const auto differ = [&](auto word, uint64_t at) {
+    using Word = decltype(word);
+    return load<Word>(a + at) ^ load<Word>(b + at);
+  };
+  if (length > 32) return std::memcmp(a, b, length) == 0;
+  if (length >= 16) {
+    return (differ(uint64_t{}, 0) | differ(uint64_t{}, 8) | differ(uint64_t{}, length - 16) |
+            differ(uint64_t{}, length - 8)) == 0;
   }
-  for (uint64_t at = 0; at + 8 < length; at += 8) {
-    if (load<uint64_t>(a + at) != load<uint64_t>(b + at)) return false;
+  if (length >= 8) return (differ(uint64_t{}, 0) | differ(uint64_t{}, length - 8)) == 0;
+  if (length >= 4) return (differ(uint32_t{}, 0) | differ(uint32_t{}, length - 4)) == 0;
+  for (uint64_t i = 0; i < length; ++i) {
+    if (a[i] != b[i]) return false;
   }
-  return load<uint64_t>(a + length - 8) == load<uint64_t>(b + length - 8);
+  return true;
 }
 
 struct TextKey {

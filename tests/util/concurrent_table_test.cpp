@@ -100,15 +100,23 @@ TEST(ConcurrentTable, GrowsFromNothing) {
   std::free(table.release());
 }
 
-TEST(ConcurrentTable, HasRoomForHalfItsCapacity) {
-  OwnedTable owned(8);
-  Node nodes[]{{1, 1}, {2, 2}, {3, 3}, {4, 4}};
-  for (Node& node : nodes) {
-    EXPECT_TRUE(owned.table.hasRoom());
-    owned.table.insert(&node);
+// How many nodes a table of this capacity takes before it wants to grow.
+uint64_t roomOf(uint64_t capacity) {
+  OwnedTable owned(capacity);
+  std::vector<Node> nodes(capacity, Node{0, 0});
+  uint64_t taken = 0;
+  for (; owned.table.hasRoom(); ++taken) {
+    nodes[taken].hash = taken;
+    owned.table.insert(&nodes[taken]);
   }
-  EXPECT_FALSE(owned.table.hasRoom());
-  EXPECT_EQ(owned.table.count(), 4u);
+  EXPECT_EQ(owned.table.count(), taken);
+  return taken;
+}
+
+TEST(ConcurrentTable, HasRoomForAQuarterOfASmallAndHalfOfALargeCapacity) {
+  EXPECT_EQ(roomOf(8), 2u);
+  EXPECT_EQ(roomOf(Table::kLargestSparse), Table::kLargestSparse / 4);
+  EXPECT_EQ(roomOf(Table::kLargestSparse * 2), Table::kLargestSparse);
 }
 
 TEST(ConcurrentTable, TellsNodesOfEqualHashApart) {
@@ -159,7 +167,7 @@ TEST(ConcurrentTable, KeepsItsNodesWhenItGrows) {
     nodes.push_back(std::make_unique<Node>(Node{.hash = hash, .key = key}));
     owned.insert(nodes.back().get());
   }
-  EXPECT_EQ(owned.table.capacity(), 1024u);
+  EXPECT_EQ(owned.table.capacity(), 2048u);
   EXPECT_EQ(owned.table.count(), 300u);
   for (const auto& node : nodes) EXPECT_EQ(findKey(owned.table, node->hash, node->key), node.get());
 }
