@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "base/host_state.h"
 #include "memory/object_memory.h"
 
 namespace zeb::errors {
@@ -15,7 +16,9 @@ void destroy(ZEBErrorObject* error) noexcept {
     } catch (...) {  // the data is the client's loss; the error goes all the same
     }
   }
-  destroyObject(error);
+  const ZEBObjFree freeThrough = error->freeThrough;
+  error->~ZEBErrorObject();
+  freeObjectThrough(freeThrough, error);
 }
 
 }  // namespace
@@ -28,6 +31,7 @@ ZEBErrorObject* make(const char* message, const char* component, int32_t id) {
   error->id = id;
   error->component = std::move(names[0]);
   error->message = std::move(names[1]);
+  error->freeThrough = hostState.objects.free;
   return error;
 }
 

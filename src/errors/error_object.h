@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "atoms/atom.h"
+#include "zeb/exports.h"
 #include "zeb/types.h"
 
 namespace zeb {
@@ -19,6 +20,9 @@ struct ZEBErrorObject {
   zeb::atoms::Ref component;
   void* info = nullptr;
   zeb::InfoDelete infoDelete = nullptr;
+  // The host's procedure that the object's memory goes back through; null: the process's allocator.
+  // Clients may hold an error over a restart, when another host's would be the wrong one.
+  ZEBObjFree freeThrough = nullptr;
 };
 
 namespace zeb::errors {

@@ -282,6 +282,40 @@ TEST(AtomOfAnEarlierHost, GoesBackWhenTheNextRunHasNone) {
   ExpectAllIsBack();
 }
 
+class ErrorOfAnEarlierHost : public ::testing::Test {
+ protected:
+  // An error made and held in a first run, released in a second one.
+  static void MakeInOneRunReleaseInTheNext(const StartOptions& first, const StartOptions& second) {
+    static int deletions;
+    deletions = 0;
+    RunningLibrary zeb(first);
+    ZEBErrorObject* held = zeb.error.NewError("held over a restart", "component", 8, nullptr,
+                                              [](void*) { ++deletions; });
+    zeb.Stop();
+    RunningLibrary again(second);
+    EXPECT_EQ(again.error.GetID(held), 8);
+    EXPECT_STREQ(again.string.GetCString(again.error.GetErrorMessage(held)), "held over a restart");
+    again.error.Release(held);
+    EXPECT_EQ(deletions, 1);
+    again.Stop();
+    ExpectAllIsBack();
+    EXPECT_EQ(OtherHost::LiveBlocks(), 0u);
+    EXPECT_EQ(OtherHost::ForeignFrees(), 0u);
+  }
+};
+
+TEST_F(ErrorOfAnEarlierHost, IsNotGivenToTheNextOne) {
+  MakeInOneRunReleaseInTheNext({}, Host::WithObjectProcs());
+}
+
+TEST_F(ErrorOfAnEarlierHost, GoesBackToThatHost) {
+  MakeInOneRunReleaseInTheNext(Host::WithObjectProcs(), OtherHost::WithObjectProcs());
+}
+
+TEST_F(ErrorOfAnEarlierHost, GoesBackWhenTheNextRunHasNone) {
+  MakeInOneRunReleaseInTheNext(Host::WithObjectProcs(), {});
+}
+
 TEST(CountedStops, ReportALeakAtTheLastOnly) {
   RunningLibrary zeb(Reports::Told());
   ZEBString* held = zeb.string.NewStringAtom("held over two stops");

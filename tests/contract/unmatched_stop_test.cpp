@@ -65,31 +65,5 @@ TEST(UnmatchedStop, AfterARunOnlyAnswersTheCounter) {
   });
 }
 
-TEST(UnloadedLibrary, LeavesTheProcess) {
-  ExpectPassesInFreshChild([] {
-    void* library = OpenLibrary();
-    const Exports zeb = ExportsOf(library);
-    ASSERT_NE(zeb.Initialize(nullptr, nullptr, nullptr), nullptr);
-    zeb.Terminate();
-    EXPECT_EQ(dlclose(library), 0);
-    EXPECT_FALSE(IsLoaded());
-  });
-}
-
-TEST(UnloadedLibrary, StartsAgainWhenLoadedAgain) {
-  ExpectPassesInFreshChild([] {
-    for (int round = 0; round < 3; ++round) {
-      void* library = OpenLibrary();
-      const Exports zeb = ExportsOf(library);
-      EXPECT_EQ(zeb.GetGetProcAddress(), nullptr);
-      const ZEBGetProcAddress find = zeb.Initialize(nullptr, nullptr, nullptr);
-      ASSERT_NE(find, nullptr);
-      EXPECT_EQ(FetchAll(find).frame.GetUnregisterCount(), 1u);
-      zeb.Terminate();
-      EXPECT_EQ(dlclose(library), 0);
-    }
-  });
-}
-
 }  // namespace
 }  // namespace contract
