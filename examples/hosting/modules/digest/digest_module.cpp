@@ -57,12 +57,13 @@ const char* GetName() noexcept { return kAlgorithms.publisher; }
 
 constexpr HostingDigestProcs procs{Digest, DigestV1, GetName};
 const ZEBProcTableEntry entries[] = {HOSTING_DIGEST_PROCS(HOSTING_PUBLISH_ROW)};
+const Publication publications[] = {{HOSTING_DIGEST_INTERFACE, entries}};
 
 }  // namespace
 }  // namespace hosting
 
 int32_t HostingModuleStart(ZEBGetProcAddress getProcAddress) {
-  return hosting::instance.start(getProcAddress, HOSTING_DIGEST_INTERFACE, hosting::entries);
+  return hosting::instance.start(getProcAddress, hosting::publications);
 }
 
 void HostingModuleStop() { hosting::instance.stop(); }

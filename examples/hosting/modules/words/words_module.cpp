@@ -26,12 +26,13 @@ ZEBErrorObject* Run(HostingJobResult* result, const char* algorithm, const char*
 
 constexpr HostingJobProcs procs{Run};
 const ZEBProcTableEntry entries[] = {HOSTING_JOB_PROCS(HOSTING_PUBLISH_ROW)};
+const Publication publications[] = {{HOSTING_JOB_INTERFACE, entries}};
 
 }  // namespace
 }  // namespace hosting
 
 int32_t HostingModuleStart(ZEBGetProcAddress getProcAddress) {
-  return hosting::instance.start(getProcAddress, HOSTING_JOB_INTERFACE, hosting::entries);
+  return hosting::instance.start(getProcAddress, hosting::publications);
 }
 
 void HostingModuleStop() { hosting::instance.stop(); }
