@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "zeb/atom.h"
+#include "zeb/container.h"
 #include "zeb/error.h"
 #include "zeb/event.h"
 #include "zeb/frame.h"
@@ -20,6 +21,7 @@ struct Services {
   ZEBStringProcs strings;
   ZEBErrorProcs errors;
   ZEBEventProcs events;
+  ZEBContainerProcs containers;
 };
 
 // Nothing if one of the procs is missing.
@@ -29,7 +31,8 @@ inline std::optional<Services> fetchServices(ZEBGetProcAddress getProcAddress) {
   const bool complete = ZEBFetchFrameProcs(getProcAddress, &services.frame) == 1 &&
                         ZEBFetchStringProcs(getProcAddress, &services.strings) == 1 &&
                         ZEBFetchErrorProcs(getProcAddress, &services.errors) == 1 &&
-                        ZEBFetchEventProcs(getProcAddress, &services.events) == 1;
+                        ZEBFetchEventProcs(getProcAddress, &services.events) == 1 &&
+                        ZEBFetchContainerProcs(getProcAddress, &services.containers) == 1;
   if (!complete) return std::nullopt;
   return services;
 }
