@@ -20,29 +20,30 @@
 extern "C" {
 #endif
 
-/* The first interface: digests what it is given. */
+/* The first interface: digests what it is given, and neither checks nor counts. */
 #define HOSTING_DIGESTER_INTERFACE "HostingDigesterInterface"
 
 /*
  * Added after it: overrides Update with one that refuses a piece without bytes, calls the Update
- * that it overrides, and counts what that has digested.
+ * that it overrides, and counts in the state what that has digested.
  */
 #define HOSTING_CHECKED_DIGESTER_INTERFACE "HostingCheckedDigesterInterface"
 
 /* The instance's name. Its data begins with this struct; what follows is the publisher's. */
 #define HOSTING_DIGEST_STATE "HostingDigestState"
 
-/* Read only. Counted by the checked interface; without it both stay 0. */
+/* Read only. */
 typedef struct HostingDigestState {
   uint64_t byteCount;  /* bytes digested so far */
   uint64_t pieceCount; /* pieces that they came in */
 } HostingDigestState;
 
 /*
- * Digests `size` more bytes. `bytes` may be null only when `size` is 0; the checked interface
- * refuses that as HOSTING_DIGEST_ERROR_NO_BYTES, the first one does not look.
+ * Digests `size` more bytes and counts them in the state. `bytes` may be null only when `size` is
+ * 0.
  *
- * Returns null on success, else an error of which the caller owns one reference. [calls-host]
+ * Returns null on success, else an error of which the caller owns one reference; the digester is
+ * then as it was. [calls-host]
  */
 typedef ZEBErrorObject* (*HostingDigesterUpdateProc)(ZEBContainer* digester, const void* bytes,
                                                      uint64_t size);

@@ -12,6 +12,8 @@
 #include "zeb/error.h"
 #include "zeb/event.h"
 #include "zeb/frame.h"
+#include "zeb/progress.h"
+#include "zeb/shared_buffer.h"
 
 namespace hosting {
 
@@ -22,6 +24,8 @@ struct Services {
   ZEBErrorProcs errors;
   ZEBEventProcs events;
   ZEBContainerProcs containers;
+  ZEBSharedBufferProcs buffers;
+  ZEBProgressProcs progress;
 };
 
 // Nothing if one of the procs is missing.
@@ -32,7 +36,9 @@ inline std::optional<Services> fetchServices(ZEBGetProcAddress getProcAddress) {
                         ZEBFetchStringProcs(getProcAddress, &services.strings) == 1 &&
                         ZEBFetchErrorProcs(getProcAddress, &services.errors) == 1 &&
                         ZEBFetchEventProcs(getProcAddress, &services.events) == 1 &&
-                        ZEBFetchContainerProcs(getProcAddress, &services.containers) == 1;
+                        ZEBFetchContainerProcs(getProcAddress, &services.containers) == 1 &&
+                        ZEBFetchSharedBufferProcs(getProcAddress, &services.buffers) == 1 &&
+                        ZEBFetchProgressProcs(getProcAddress, &services.progress) == 1;
   if (!complete) return std::nullopt;
   return services;
 }
