@@ -1,7 +1,6 @@
 #include "host/demo.h"
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include <filesystem>
 #include <optional>
@@ -20,6 +19,7 @@
 #include "host/module_loader.h"
 #include "host/output.h"
 #include "host/progress_view.h"
+#include "host/verdict.h"
 #include "interfaces/digest.h"
 #include "support/error.h"
 #include "support/progress.h"
@@ -52,7 +52,6 @@ class Demo {
   void runJobAgain();
   void showEventCounters();
   void stopAll();
-  [[nodiscard]] ExitStatus conclude() const;
 
   [[nodiscard]] const Services& zeb() const { return library_->services(); }
   void loadFolder(const std::filesystem::path& folder);
@@ -66,15 +65,9 @@ class Demo {
   void showThatNothingWasCopied(const PieceDigest& pieces);
   [[nodiscard]] Error digestToNowhere() const;
 
-  // Notes a problem unless the condition holds; the demo goes on and fails at its end.
-  void expect(bool condition, const std::string& problem);
-  // The same unless the error report was told exactly this since the last look.
-  void expectReports(const std::vector<std::string>& messages);
-  void expectNothingLive(const char* allocator, const AllocationCounts& counts);
-
   const Options& options_;
   std::string fileText_;  // until it is shared
-  std::vector<std::string> problems_;
+  Verdict verdict_;
   std::optional<Library> library_;
   std::optional<ModuleLoader> modules_;
   std::optional<JobClient> job_;
@@ -100,7 +93,7 @@ ExitStatus Demo::run() {
   runJobAgain();
   showEventCounters();
   stopAll();
-  return conclude();
+  return verdict_.conclude();
 }
 
 void Demo::startLibrary() {
@@ -176,7 +169,7 @@ void Demo::showAtomIdentity() {
   printRow("same atom",
            fmt::format("{}: the host's own atom of \"{}\" is {} pointer as the job's",
                        same ? "yes" : "no", shortened(copy), same ? "the same" : "not the same"));
-  expect(same, "equal words gave different atoms");
+  verdict_.expect(same, "equal words gave different atoms");
 }
 
 void Demo::digestInPieces() {
@@ -198,15 +191,18 @@ void Demo::digestInPiecesInto(Findings* findings) {
   const Error error = digestWithProgress(&pieces);
   if (JobClient::isCancellation(error)) {
     printRow("the job", told(error));
-    expect(options_.cancelAt.has_value(), "the job was cancelled, though nobody asked for it");
-    expectReports({error.message()});
+    verdict_.expect(options_.cancelAt.has_value(),
+                    "the job was cancelled, though nobody asked for it");
+    verdict_.expectReports({error.message()});
     return;
   }
   if (error) throw Failure(ExitStatus::failed, fmt::format("the job failed: {}", told(error)));
 
-  expect(!options_.cancelAt, "the job was not cancelled");
-  expect(pieces.digest == findings->words.digest, "the digest in pieces is not that of the whole");
-  expect(pieces.byteCount == text_.bytes().size(), "the component has not counted every byte");
+  verdict_.expect(!options_.cancelAt, "the job was not cancelled");
+  verdict_.expect(pieces.digest == findings->words.digest,
+                  "the digest in pieces is not that of the whole");
+  verdict_.expect(pieces.byteCount == text_.bytes().size(),
+                  "the component has not counted every byte");
   findings->pieces = std::move(pieces);
 }
 
@@ -227,7 +223,7 @@ void Demo::showThatNothingWasCopied(const PieceDigest& pieces) {
   const bool same = pieces.textAt == text_.bytes().data();
   printRow("same bytes", fmt::format("{}: the job read the text {} the host holds it",
                                      same ? "yes" : "no", same ? "where" : "elsewhere than"));
-  expect(same, "the text was copied on its way to the job");
+  verdict_.expect(same, "the text was copied on its way to the job");
 }
 
 void Demo::letCallsFail() {
@@ -238,12 +234,13 @@ void Demo::letCallsFail() {
   JobResult unused;
   const Error unknown = job_->run(&unused, "md5", text_.bytes());
   const Error nowhere = digestToNowhere();
-  expectReports({unknown.message(), nowhere.message()});
+  verdict_.expectReports({unknown.message(), nowhere.message()});
 
   std::vector<std::vector<std::string>> rows;
   const auto show = [&](const char* asked, const Error& error) {
     rows.push_back({asked, error.message(), error.component(), fmt::to_string(error.id())});
-    expect(static_cast<bool>(error), fmt::format("a call that must fail did not: {}", asked));
+    verdict_.expect(static_cast<bool>(error),
+                    fmt::format("a call that must fail did not: {}", asked));
   };
   show("a digest by md5", unknown);
   show("a digest to null", nowhere);
@@ -255,7 +252,7 @@ void Demo::letCallsFail() {
   printRow("a later version", found
                                   ? "found, which must not be"
                                   : "not published: the look-up answers null, the caller decides");
-  expect(!found, "a proc was found that nobody published");
+  verdict_.expect(!found, "a proc was found that nobody published");
 }
 
 // Fetches one proc by its three names, where the job fetches the whole interface.
@@ -278,13 +275,13 @@ void Demo::replaceModules() {
   unloadReplacedModules();
   const uint32_t counterNow = zeb().frame.GetUnregisterCount();
   printRow("change counter", fmt::format("{} before, {} now", counterBefore, counterNow));
-  expect(counterNow != counterBefore, "the change counter stood still");
+  verdict_.expect(counterNow != counterBefore, "the change counter stood still");
 
   JobResult unused;
   const Error error = job_->run(&unused, nullptr, text_.bytes());
   printRow("the job now", error ? told(error) : "works, which must not be");
-  expect(static_cast<bool>(error), "the job worked without a digest");
-  expectReports({error.message()});
+  verdict_.expect(static_cast<bool>(error), "the job worked without a digest");
+  verdict_.expectReports({error.message()});
 
   printBlankLine();
   loadFolder(options_.replacement);
@@ -319,10 +316,10 @@ void Demo::runJobAgain() {
   printRow("the job now", fmt::format("works again, by {}", after_.words.digestName.text()));
   printBlankLine();
   printComparison(before_, after_);
-  expect(after_.words.boundAt != before_.words.boundAt,
-         "the job did not notice that the digest was replaced");
-  expect(after_.words.wordCount == before_.words.wordCount,
-         "the same file has another number of words now");
+  verdict_.expect(after_.words.boundAt != before_.words.boundAt,
+                  "the job did not notice that the digest was replaced");
+  verdict_.expect(after_.words.wordCount == before_.words.wordCount,
+                  "the same file has another number of words now");
 }
 
 void Demo::showEventCounters() {
@@ -347,37 +344,15 @@ void Demo::stopAll() {
 
   const std::vector<std::string> reports = takeErrorLog();
   printRow("error reports", reports.empty() ? "none" : fmt::to_string(reports.size()));
-  for (const std::string& report : reports) expect(false, "the library reported: " + report);
+  for (const std::string& report : reports)
+    verdict_.expect(false, "the library reported: " + report);
 
   printBlankLine();
   printAllocationTable();
-  expectNothingLive("memory procs", countsOfMemoryProcs());
-  expectNothingLive("page pair", countsOfPagePair());
-  expect(countsOfMemoryProcs().allocations > 0, "the library never used the host's memory procs");
-}
-
-void Demo::expect(bool condition, const std::string& problem) {
-  if (!condition) problems_.push_back(problem);
-}
-
-void Demo::expectReports(const std::vector<std::string>& messages) {
-  const std::vector<std::string> told = takeErrorLog();
-  expect(told == messages, fmt::format("the error report was told {} and not {}", told, messages));
-}
-
-void Demo::expectNothingLive(const char* allocator, const AllocationCounts& counts) {
-  expect(counts.liveBlocks == 0, fmt::format("{} blocks of the {} were not given back",
-                                             grouped(counts.liveBlocks), allocator));
-}
-
-ExitStatus Demo::conclude() const {
-  if (problems_.empty()) {
-    fmt::print("\nEvery step worked and nothing leaked.\n");
-    return ExitStatus::success;
-  }
-  fmt::print("\nNot everything is as it must be:\n");
-  for (const std::string& problem : problems_) fmt::print("  - {}\n", problem);
-  return ExitStatus::failed;
+  verdict_.expectNothingLive("memory procs", countsOfMemoryProcs());
+  verdict_.expectNothingLive("page pair", countsOfPagePair());
+  verdict_.expect(countsOfMemoryProcs().allocations > 0,
+                  "the library never used the host's memory procs");
 }
 
 }  // namespace
