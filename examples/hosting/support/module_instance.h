@@ -27,6 +27,7 @@ class ModuleInstance {
   // report.
   int32_t start(ZEBGetProcAddress getProcAddress,
                 std::span<const Publication> publications) noexcept {
+    if (state_) return refuseSecondStart();
     services_ = fetchServices(getProcAddress);
     if (!services_) return 0;
     try {
@@ -55,6 +56,12 @@ class ModuleInstance {
   [[nodiscard]] State& state() noexcept { return *state_; }
 
  private:
+  // The loader gives one file that has two names one place in memory, and so one instance.
+  [[nodiscard]] int32_t refuseSecondStart() const noexcept {
+    services_->frame.ReportError("is running already");
+    return 0;
+  }
+
   std::optional<Services> services_;
   std::optional<State> state_;
   std::list<PublishedInterface> published_;
