@@ -1,11 +1,12 @@
 #include "host/demo.h"
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "host/allocation_table.h"
@@ -17,8 +18,12 @@
 #include "host/library.h"
 #include "host/module_loader.h"
 #include "host/output.h"
+#include "host/progress_view.h"
+#include "host/verdict.h"
 #include "interfaces/digest.h"
 #include "support/error.h"
+#include "support/progress.h"
+#include "support/shared_buffer.h"
 
 namespace hosting {
 namespace {
@@ -33,7 +38,7 @@ std::string told(const Error& error) {
 
 class Demo {
  public:
-  Demo(const Options& options, const std::string& text) : options_(options), text_(text) {}
+  Demo(const Options& options, std::string text) : options_(options), fileText_(std::move(text)) {}
 
   ExitStatus run();
 
@@ -41,35 +46,35 @@ class Demo {
   void startLibrary();
   void loadModules();
   void runJob();
+  void digestInPieces();
   void letCallsFail();
   void replaceModules();
   void runJobAgain();
   void showEventCounters();
   void stopAll();
-  [[nodiscard]] ExitStatus conclude() const;
 
   [[nodiscard]] const Services& zeb() const { return library_->services(); }
   void loadFolder(const std::filesystem::path& folder);
   void unloadReplacedModules();
-  void runJobInto(JobResult* result);
+  void shareText();
+  void runJobInto(Findings* findings);
   void showAtomIdentity();
+  void digestInPiecesInto(Findings* findings);
+  [[nodiscard]] Error digestWithProgress(PieceDigest* result) const;
+  void showDigestIdentity();
+  void showThatNothingWasCopied(const PieceDigest& pieces);
   [[nodiscard]] Error digestToNowhere() const;
 
-  // Notes a problem unless the condition holds; the demo goes on and fails at its end.
-  void expect(bool condition, const std::string& problem);
-  // The same unless the error report was told exactly this since the last look.
-  void expectReports(const std::vector<std::string>& messages);
-  void expectNothingLive(const char* allocator, const AllocationCounts& counts);
-
   const Options& options_;
-  const std::string& text_;
-  std::vector<std::string> problems_;
+  std::string fileText_;  // until it is shared
+  Verdict verdict_;
   std::optional<Library> library_;
   std::optional<ModuleLoader> modules_;
   std::optional<JobClient> job_;
-  // Declared last, so destroyed first: they hold atoms, which go before the library stops.
-  JobResult before_;
-  JobResult after_;
+  // Declared last, so destroyed first: they hold objects of the library, which go before it stops.
+  SharedBuffer text_;
+  Findings before_;
+  Findings after_;
 };
 
 ExitStatus Demo::run() {
@@ -82,12 +87,13 @@ ExitStatus Demo::run() {
   startLibrary();
   loadModules();
   runJob();
+  digestInPieces();
   letCallsFail();
   replaceModules();
   runJobAgain();
   showEventCounters();
   stopAll();
-  return conclude();
+  return verdict_.conclude();
 }
 
 void Demo::startLibrary() {
@@ -136,30 +142,88 @@ void Demo::runJob() {
       fmt::format("Run the job on {}", shortPath(options_.file)),
       {"The host finds the job by name. The job finds a digest by name, fetches all its procs",
        "at once, and turns every word into an atom: equal words are one pointer."});
+  shareText();
   runJobInto(&before_);
 
-  printRow("bytes", grouped(text_.size()));
-  printWords(before_);
+  printRow("bytes", grouped(text_.bytes().size()));
+  printWords(before_.words);
   showAtomIdentity();
 }
 
-void Demo::runJobInto(JobResult* result) {
-  const Error error = job_->run(result, nullptr, text_);
+// Everybody reads the file's bytes where they stand; the buffer keeps them alive.
+void Demo::shareText() { text_ = SharedBuffer::keep(zeb().buffers, std::move(fileText_)); }
+
+void Demo::runJobInto(Findings* findings) {
+  const Error error = job_->run(&findings->words, nullptr, text_.bytes());
   if (error) throw Failure(ExitStatus::failed, fmt::format("the job failed: {}", told(error)));
 }
 
 void Demo::showAtomIdentity() {
-  if (before_.topWordCount == 0) {
+  if (before_.words.topWordCount == 0) {
     printRow("same atom", "cannot be shown: the file has no words");
     return;
   }
-  const Atom& word = before_.topWords[0].word;
+  const Atom& word = before_.words.topWords[0].word;
   const std::string copy = word.text();
   const bool same = Atom::intern(zeb().strings, copy.c_str()) == word;
   printRow("same atom",
            fmt::format("{}: the host's own atom of \"{}\" is {} pointer as the job's",
                        same ? "yes" : "no", shortened(copy), same ? "the same" : "not the same"));
-  expect(same, "equal words gave different atoms");
+  verdict_.expect(same, "equal words gave different atoms");
+}
+
+void Demo::digestInPieces() {
+  printStep(
+      "Digest in pieces, by a component",
+      {"The digest hands out a container with two interfaces and a state. The later interface",
+       "overrides a method of the earlier and calls it. The job finds methods and state by name,",
+       "reads the host's bytes where they stand, and reports to a progress object of the host."});
+  digestInPiecesInto(&before_);
+  if (!before_.pieces) return;
+
+  printComponent(*before_.pieces);
+  showDigestIdentity();
+  showThatNothingWasCopied(*before_.pieces);
+}
+
+void Demo::digestInPiecesInto(Findings* findings) {
+  PieceDigest pieces;
+  const Error error = digestWithProgress(&pieces);
+  if (JobClient::isCancellation(error)) {
+    printRow("the job", told(error));
+    verdict_.expect(options_.cancelAt.has_value(),
+                    "the job was cancelled, though nobody asked for it");
+    verdict_.expectReports({error.message()});
+    return;
+  }
+  if (error) throw Failure(ExitStatus::failed, fmt::format("the job failed: {}", told(error)));
+
+  verdict_.expect(!options_.cancelAt, "the job was not cancelled");
+  verdict_.expect(pieces.digest == findings->words.digest,
+                  "the digest in pieces is not that of the whole");
+  verdict_.expect(pieces.byteCount == text_.bytes().size(),
+                  "the component has not counted every byte");
+  findings->pieces = std::move(pieces);
+}
+
+// The view of the progress goes when the job is done, and a bar with it.
+Error Demo::digestWithProgress(PieceDigest* result) const {
+  const Progress progress = Progress::to(zeb().progress, newProgressView(options_.cancelAt));
+  return job_->digestInPieces(result, text_, progress);
+}
+
+void Demo::showDigestIdentity() {
+  const bool same = before_.pieces->digest == before_.words.digest;
+  printRow("same digest",
+           fmt::format("{}: {}, and {} for the whole", same ? "yes" : "no",
+                       digestText(before_.pieces->digest), digestText(before_.words.digest)));
+}
+
+void Demo::showThatNothingWasCopied(const PieceDigest& pieces) {
+  const bool same = pieces.textAt == text_.bytes().data();
+  printRow("same bytes", fmt::format("{}: the job read the text {} the host holds it",
+                                     same ? "yes" : "no", same ? "where" : "elsewhere than"));
+  verdict_.expect(same, "the text was copied on its way to the job");
 }
 
 void Demo::letCallsFail() {
@@ -168,14 +232,15 @@ void Demo::letCallsFail() {
       {"A proc that fails hands back an error object. The job passes on what the digest gave",
        "it; the host reads it and releases it. Each was reported to the host when it was made."});
   JobResult unused;
-  const Error unknown = job_->run(&unused, "md5", text_);
+  const Error unknown = job_->run(&unused, "md5", text_.bytes());
   const Error nowhere = digestToNowhere();
-  expectReports({unknown.message(), nowhere.message()});
+  verdict_.expectReports({unknown.message(), nowhere.message()});
 
   std::vector<std::vector<std::string>> rows;
   const auto show = [&](const char* asked, const Error& error) {
     rows.push_back({asked, error.message(), error.component(), fmt::to_string(error.id())});
-    expect(static_cast<bool>(error), fmt::format("a call that must fail did not: {}", asked));
+    verdict_.expect(static_cast<bool>(error),
+                    fmt::format("a call that must fail did not: {}", asked));
   };
   show("a digest by md5", unknown);
   show("a digest to null", nowhere);
@@ -187,7 +252,7 @@ void Demo::letCallsFail() {
   printRow("a later version", found
                                   ? "found, which must not be"
                                   : "not published: the look-up answers null, the caller decides");
-  expect(!found, "a proc was found that nobody published");
+  verdict_.expect(!found, "a proc was found that nobody published");
 }
 
 // Fetches one proc by its three names, where the job fetches the whole interface.
@@ -197,7 +262,8 @@ Error Demo::digestToNowhere() const {
   if (digest == nullptr) {
     throw Failure(ExitStatus::badModules, "no module publishes " HOSTING_DIGEST_INTERFACE);
   }
-  return {zeb(), digest(nullptr, nullptr, text_.data(), text_.size())};
+  const std::string_view text = text_.bytes();
+  return {zeb(), digest(nullptr, nullptr, text.data(), text.size())};
 }
 
 void Demo::replaceModules() {
@@ -209,13 +275,13 @@ void Demo::replaceModules() {
   unloadReplacedModules();
   const uint32_t counterNow = zeb().frame.GetUnregisterCount();
   printRow("change counter", fmt::format("{} before, {} now", counterBefore, counterNow));
-  expect(counterNow != counterBefore, "the change counter stood still");
+  verdict_.expect(counterNow != counterBefore, "the change counter stood still");
 
   JobResult unused;
-  const Error error = job_->run(&unused, nullptr, text_);
+  const Error error = job_->run(&unused, nullptr, text_.bytes());
   printRow("the job now", error ? told(error) : "works, which must not be");
-  expect(static_cast<bool>(error), "the job worked without a digest");
-  expectReports({error.message()});
+  verdict_.expect(static_cast<bool>(error), "the job worked without a digest");
+  verdict_.expectReports({error.message()});
 
   printBlankLine();
   loadFolder(options_.replacement);
@@ -245,10 +311,15 @@ void Demo::runJobAgain() {
       {"Nobody told the job. It compares the change counter with the value at which it fetched",
        "the digest's procs, sees that it has moved, and fetches them again."});
   runJobInto(&after_);
+  digestInPiecesInto(&after_);
 
+  printRow("the job now", fmt::format("works again, by {}", after_.words.digestName.text()));
+  printBlankLine();
   printComparison(before_, after_);
-  expect(after_.boundAt != before_.boundAt, "the job did not notice that the digest was replaced");
-  expect(after_.wordCount == before_.wordCount, "the same file has another number of words now");
+  verdict_.expect(after_.words.boundAt != before_.words.boundAt,
+                  "the job did not notice that the digest was replaced");
+  verdict_.expect(after_.words.wordCount == before_.words.wordCount,
+                  "the same file has another number of words now");
 }
 
 void Demo::showEventCounters() {
@@ -260,54 +331,34 @@ void Demo::showEventCounters() {
 }
 
 void Demo::stopAll() {
-  printStep("Stop",
-            {"The host gives back its atoms, the modules stop, then the library does. It reports",
-             "atoms that anybody still holds, and the host's allocators know what was not freed."});
+  printStep(
+      "Stop",
+      {"The host gives back what it holds, the modules stop, then the library does. It reports",
+       "atoms that anybody still holds, and the host's allocators know what was not freed."});
   before_ = {};
   after_ = {};
+  text_ = {};
   modules_->unloadAll();
   const uint32_t changeCount = library_->stop();
   printRow("change counter", fmt::format("{}, to be passed to the next start", changeCount));
 
   const std::vector<std::string> reports = takeErrorLog();
   printRow("error reports", reports.empty() ? "none" : fmt::to_string(reports.size()));
-  for (const std::string& report : reports) expect(false, "the library reported: " + report);
+  for (const std::string& report : reports)
+    verdict_.expect(false, "the library reported: " + report);
 
   printBlankLine();
   printAllocationTable();
-  expectNothingLive("memory procs", countsOfMemoryProcs());
-  expectNothingLive("page pair", countsOfPagePair());
-  expect(countsOfMemoryProcs().allocations > 0, "the library never used the host's memory procs");
-}
-
-void Demo::expect(bool condition, const std::string& problem) {
-  if (!condition) problems_.push_back(problem);
-}
-
-void Demo::expectReports(const std::vector<std::string>& messages) {
-  const std::vector<std::string> told = takeErrorLog();
-  expect(told == messages, fmt::format("the error report was told {} and not {}", told, messages));
-}
-
-void Demo::expectNothingLive(const char* allocator, const AllocationCounts& counts) {
-  expect(counts.liveBlocks == 0, fmt::format("{} blocks of the {} were not given back",
-                                             grouped(counts.liveBlocks), allocator));
-}
-
-ExitStatus Demo::conclude() const {
-  if (problems_.empty()) {
-    fmt::print("\nEvery step worked and nothing leaked.\n");
-    return ExitStatus::success;
-  }
-  fmt::print("\nNot everything is as it must be:\n");
-  for (const std::string& problem : problems_) fmt::print("  - {}\n", problem);
-  return ExitStatus::failed;
+  verdict_.expectNothingLive("memory procs", countsOfMemoryProcs());
+  verdict_.expectNothingLive("page pair", countsOfPagePair());
+  verdict_.expect(countsOfMemoryProcs().allocations > 0,
+                  "the library never used the host's memory procs");
 }
 
 }  // namespace
 
-ExitStatus runDemo(const Options& options, const std::string& text) {
-  return Demo(options, text).run();
+ExitStatus runDemo(const Options& options, std::string text) {
+  return Demo(options, std::move(text)).run();
 }
 
 }  // namespace hosting

@@ -12,7 +12,7 @@ namespace hosting {
 // Runs all steps on a text and prints what happens. Returns success, or failed when something
 // leaked or did not behave as it must. Throws Failure when it cannot go on; modules and library
 // are then stopped already.
-ExitStatus runDemo(const Options& options, const std::string& text);
+ExitStatus runDemo(const Options& options, std::string text);
 
 }  // namespace hosting
 

@@ -1,6 +1,7 @@
 #include "host/job_client.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace hosting {
 namespace {
@@ -31,14 +32,34 @@ bool JobClient::isPublished() const {
 
 Error JobClient::run(JobResult* result, const char* algorithm, std::string_view text) const {
   HostingJobProcs procs;
-  if (HostingFetchJobProcs(services_.getProcAddress, &procs) == 0) {
-    return {services_, services_.errors.NewError("no module publishes " HOSTING_JOB_INTERFACE,
-                                                 "HostingHost", 1, nullptr, nullptr)};
-  }
+  if (HostingFetchJobProcs(services_.getProcAddress, &procs) == 0) return notPublished();
   HostingJobResult raw{};
   Error error(services_, procs.Run(&raw, algorithm, text.data(), text.size()));
   if (!error) *result = adopt(raw, services_.strings);
   return error;
+}
+
+Error JobClient::digestInPieces(PieceDigest* result, const SharedBuffer& text,
+                                const Progress& progress) const {
+  HostingJobProcs procs;
+  if (HostingFetchJobProcs(services_.getProcAddress, &procs) == 0) return notPublished();
+  HostingPieceDigest raw{};
+  Error error(services_, procs.DigestInPieces(&raw, text.get(), progress.get()));
+  if (!error) {
+    *result = {raw.digest, raw.byteCount, raw.pieceCount, Atom(services_.strings, raw.signature),
+               raw.textAt, raw.timesAsked};
+  }
+  return error;
+}
+
+bool JobClient::isCancellation(const Error& error) {
+  return error && error.component() == std::string_view(HOSTING_JOB_COMPONENT) &&
+         error.id() == HOSTING_JOB_ERROR_CANCELLED;
+}
+
+Error JobClient::notPublished() const {
+  return {services_, services_.errors.NewError("no module publishes " HOSTING_JOB_INTERFACE,
+                                               "HostingHost", 1, nullptr, nullptr)};
 }
 
 }  // namespace hosting

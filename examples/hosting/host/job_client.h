@@ -1,4 +1,4 @@
-// The job as the host sees it: an interface found by name.
+// The jobs as the host sees them: an interface found by name.
 #ifndef HOSTING_HOST_JOB_CLIENT_H
 #define HOSTING_HOST_JOB_CLIENT_H
 
@@ -10,7 +10,9 @@
 #include "interfaces/job.h"
 #include "support/atom.h"
 #include "support/error.h"
+#include "support/progress.h"
 #include "support/services.h"
+#include "support/shared_buffer.h"
 
 namespace hosting {
 
@@ -32,8 +34,18 @@ struct JobResult {
   uint32_t timesBound = 0;
 };
 
-// Looks the job up for each run. That is slow and never out of date, which suits a caller that runs
-// it three times; words/digest_binding.h shows how to keep procs.
+// HostingPieceDigest with its atom held.
+struct PieceDigest {
+  uint64_t digest = 0;
+  uint64_t byteCount = 0;
+  uint64_t pieceCount = 0;
+  Atom signature;
+  const void* textAt = nullptr;
+  uint32_t timesAsked = 0;
+};
+
+// Looks the jobs up for each run. That is slow and never out of date, which suits a caller that
+// runs them a few times; words/digest_binding.h shows how to keep procs.
 class JobClient {
  public:
   // The services must outlive this object.
@@ -45,7 +57,17 @@ class JobClient {
   // Runs the job; *result changes only on success.
   Error run(JobResult* result, const char* algorithm, std::string_view text) const;
 
+  // Has the text digested in pieces; *result changes only on success. An empty progress is told
+  // nothing.
+  Error digestInPieces(PieceDigest* result, const SharedBuffer& text,
+                       const Progress& progress) const;
+
+  // Whether an error of digestInPieces says that a report was answered with yes.
+  static bool isCancellation(const Error& error);
+
  private:
+  [[nodiscard]] Error notPublished() const;
+
   const Services& services_;
 };
 

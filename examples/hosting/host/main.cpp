@@ -1,7 +1,6 @@
 // hosting_host: a host that knows a library, an interface name and a folder, and nothing else.
 #include <cstdio>
 #include <exception>
-#include <string>
 
 #include "host/demo.h"
 #include "host/failure.h"
@@ -21,8 +20,7 @@ ExitStatus complain(const char* message, ExitStatus status) {
 
 ExitStatus run(const hosting::Options& options) {
   try {
-    const std::string text = hosting::readTextFile(options.file);
-    const ExitStatus status = hosting::runDemo(options, text);
+    const ExitStatus status = hosting::runDemo(options, hosting::readTextFile(options.file));
     if (std::fflush(stdout) != 0) return complain("cannot write", ExitStatus::failed);
     return status;
   } catch (const hosting::Failure& failure) {

@@ -73,6 +73,11 @@ std::optional<Options> parseOptions(int argc, char** argv, int* exitStatus) {
                  "the module with the same file name\n"
                  "(default: replacement beside this program)")
       ->type_name("FOLDER");
+  app.add_option("--cancel-at", options.cancelAt,
+                 "Cancel digesting in pieces at this much of the\n"
+                 "work, 1 to 100; the demo goes on without it")
+      ->type_name("PERCENT")
+      ->check(CLI::Range(1, 100));
   app.add_flag("--keep-mapped", options.keepMapped,
                "Keep files in memory when they are unloaded,\nfor debuggers and the like\n"
                "(always so in a build with sanitizers)");

@@ -13,6 +13,7 @@ struct Options {
   std::filesystem::path modules;
   std::filesystem::path replacement;
   bool keepMapped = false;
+  std::optional<unsigned> cancelAt;  // percent of the work at which to cancel it, 1 to 100
 };
 
 // The options as given; what is not given is found relative to this program's own place. Nothing

@@ -1,14 +1,23 @@
 #include "host/output.h"
 
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 
 namespace hosting {
 namespace {
 
 constexpr std::string_view kIndent = "     ";
+
+// Puts the cursor at the start of its line and clears what stands there.
+constexpr const char* kClearLine = "\r\x1b[K";
+
+std::string row(std::string_view label, std::string_view value) {
+  return fmt::format("{}{:<16}  {}", kIndent, label, value);
+}
 
 std::string padded(const std::string& cell, size_t width, Align align) {
   return align == Align::left ? fmt::format("{:<{}}", cell, width)
@@ -49,10 +58,22 @@ void printStep(std::string_view headline, std::initializer_list<std::string_view
 }
 
 void printRow(std::string_view label, std::string_view value) {
-  fmt::print("{}{:<16}  {}\n", kIndent, label, value);
+  fmt::print("{}\n", row(label, value));
 }
 
 void printBlankLine() { fmt::print("\n"); }
+
+bool canRedraw() {
+  const char* const terminal = std::getenv("TERM");
+  return isatty(STDOUT_FILENO) == 1 && terminal != nullptr && std::string_view(terminal) != "dumb";
+}
+
+void drawRow(std::string_view label, std::string_view value) {
+  fmt::print("{}{}", kClearLine, row(label, value));
+  static_cast<void>(std::fflush(stdout));  // main sees to an output that cannot be written
+}
+
+void clearDrawnRow() noexcept { static_cast<void>(std::fputs(kClearLine, stdout)); }
 
 void printTable(const std::vector<Column>& columns,
                 const std::vector<std::vector<std::string>>& rows) {

@@ -1,6 +1,6 @@
 // How the demo talks: numbered steps, each with a sentence of explanation and indented rows.
 //
-// Plain text without colours, alike on a terminal and in a file.
+// Plain text without colours, alike on a terminal and in a file. Only a drawn row is for terminals.
 #ifndef HOSTING_HOST_OUTPUT_H
 #define HOSTING_HOST_OUTPUT_H
 
@@ -22,6 +22,13 @@ void printStep(std::string_view headline, std::initializer_list<std::string_view
 void printRow(std::string_view label, std::string_view value);
 
 void printBlankLine();
+
+// Whether the output is a terminal on which a row can be drawn over.
+bool canRedraw();
+
+// A row in the place of the one that was drawn last; clearDrawnRow takes it away again.
+void drawRow(std::string_view label, std::string_view value);
+void clearDrawnRow() noexcept;
 
 enum class Align { left, right };
 

@@ -2,8 +2,9 @@
  * Interface "HostingDigestInterface": a digest of some bytes.
  *
  * Any module may publish it; which algorithms stand behind it is the publisher's choice and may
- * change when the publisher is replaced. The interface has grown once: the method "Digest" exists
- * under two proc names, because a new signature is a new proc name. Clients of either find theirs.
+ * change when the publisher is replaced. The interface has grown twice: the method "Digest" exists
+ * under two proc names, because a new signature is a new proc name and clients of either find
+ * theirs; and "NewDigester" hands out a component for bytes that come in pieces.
  */
 #ifndef HOSTING_DIGEST_H
 #define HOSTING_DIGEST_H
@@ -19,7 +20,7 @@ extern "C" {
 
 /* component and ids of the errors that the procs below return. */
 #define HOSTING_DIGEST_COMPONENT "HostingDigest"
-#define HOSTING_DIGEST_ERROR_NO_RESULT 1         /* digest was null */
+#define HOSTING_DIGEST_ERROR_NO_RESULT 1         /* the place for the result was null */
 #define HOSTING_DIGEST_ERROR_NO_BYTES 2          /* bytes was null, size was not 0 */
 #define HOSTING_DIGEST_ERROR_UNKNOWN_ALGORITHM 3 /* nothing is published under this name */
 #define HOSTING_DIGEST_ERROR_FAILED 4            /* anything else; the message says what */
@@ -49,10 +50,21 @@ typedef ZEBErrorObject* (*HostingDigestProcV2)(uint64_t* digest, const char* alg
  */
 typedef const char* (*HostingDigestGetNameProc)(void);
 
-#define HOSTING_DIGEST_PROCS(X)          \
-  X(Digest, Digest, HostingDigestProcV2) \
-  X(DigestV1, Digest, HostingDigestProc) \
-  X(GetName, GetName, HostingDigestGetNameProc)
+/*
+ * Makes a digester (digester.h) by the publisher's widest algorithm, with one reference for the
+ * caller, who gives it back before the publisher stops. *digester must not be null and is
+ * untouched on failure.
+ *
+ * Returns null on success, else an error of which the caller owns one reference. [any-thread]
+ * [calls-host]
+ */
+typedef ZEBErrorObject* (*HostingNewDigesterProc)(ZEBContainer** digester);
+
+#define HOSTING_DIGEST_PROCS(X)                 \
+  X(Digest, Digest, HostingDigestProcV2)        \
+  X(DigestV1, Digest, HostingDigestProc)        \
+  X(GetName, GetName, HostingDigestGetNameProc) \
+  X(NewDigester, NewDigester, HostingNewDigesterProc)
 
 typedef struct HostingDigestProcs {
   HOSTING_DIGEST_PROCS(ZEB_PROC_MEMBER)

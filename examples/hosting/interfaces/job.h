@@ -1,5 +1,5 @@
 /*
- * Interface "HostingJobInterface": the job that the host runs on a file.
+ * Interface "HostingJobInterface": the jobs that the host runs on a file.
  *
  * The host knows this interface and nothing of the module behind it.
  */
@@ -19,9 +19,10 @@ extern "C" {
 /* component and ids of the errors that the job makes itself; it passes others on unchanged. */
 #define HOSTING_JOB_COMPONENT "HostingWords"
 #define HOSTING_JOB_ERROR_NO_RESULT 1 /* result was null */
-#define HOSTING_JOB_ERROR_NO_TEXT 2   /* text was null, size was not 0 */
+#define HOSTING_JOB_ERROR_NO_TEXT 2   /* text was null; Run: with a size other than 0 */
 #define HOSTING_JOB_ERROR_NO_DIGEST 3 /* no module publishes the digest interface now */
 #define HOSTING_JOB_ERROR_FAILED 4    /* anything else; the message says what */
+#define HOSTING_JOB_ERROR_CANCELLED 5 /* a progress report was answered with yes */
 
 /* A word and how often it occurs. */
 typedef struct HostingWordCount {
@@ -60,7 +61,36 @@ typedef struct HostingJobResult {
 typedef ZEBErrorObject* (*HostingJobRunProc)(HostingJobResult* result, const char* algorithm,
                                              const char* text, uint64_t size);
 
-#define HOSTING_JOB_PROCS(X) X(Run, Run, HostingJobRunProc)
+/* What digesting in pieces has given. The atom carries a reference for the caller. */
+typedef struct HostingPieceDigest {
+  uint64_t digest;      /* of the whole text */
+  uint64_t byteCount;   /* what the component has counted */
+  uint64_t pieceCount;  /* the same */
+  ZEBString* signature; /* the names of the component's interfaces, the earliest first */
+  const void* textAt;   /* where the job has read the text: to compare, not to follow */
+  uint32_t timesAsked;  /* how often the job has asked the component for its methods */
+  uint32_t reserved;    /* 0 */
+} HostingPieceDigest;
+
+/*
+ * Has a text digested piece by piece, by a component of whoever publishes the digest interface
+ * (digester.h). A piece is a fortieth of the text, at most 64 KiB.
+ *
+ * result    filled on success, untouched on failure. Must not be null.
+ * text      its bytes are read where they stand, during the call only. Must not be null.
+ * progress  told the bytes digested and all bytes, before the first piece and after each. The first
+ *           yes cancels the job: the answer is an error then. May be null: nobody is told.
+ *
+ * Returns null on success, else an error of which the caller owns one reference. One thread at a
+ * time. [calls-host]
+ */
+typedef ZEBErrorObject* (*HostingJobDigestInPiecesProc)(HostingPieceDigest* result,
+                                                        ZEBSharedBuffer* text,
+                                                        ZEBProgress* progress);
+
+#define HOSTING_JOB_PROCS(X)     \
+  X(Run, Run, HostingJobRunProc) \
+  X(DigestInPieces, DigestInPieces, HostingJobDigestInPiecesProc)
 
 typedef struct HostingJobProcs {
   HOSTING_JOB_PROCS(ZEB_PROC_MEMBER)

@@ -3,6 +3,7 @@
 #define HOSTING_SUPPORT_MODULE_INSTANCE_H
 
 #include <exception>
+#include <list>
 #include <optional>
 #include <span>
 
@@ -21,16 +22,20 @@ struct NoState {
 template <class State>
 class ModuleInstance {
  public:
-  // Does HostingModuleStart's work and returns its result. The reason of a failure goes to the
-  // library's error report.
-  int32_t start(ZEBGetProcAddress getProcAddress, const char* interfaceName,
-                std::span<const ZEBProcTableEntry> entries) noexcept {
+  // Does HostingModuleStart's work and returns its result. The interfaces are published in the
+  // order given and taken back in reverse. The reason of a failure goes to the library's error
+  // report.
+  int32_t start(ZEBGetProcAddress getProcAddress,
+                std::span<const Publication> publications) noexcept {
+    if (state_) return refuseSecondStart();
     services_ = fetchServices(getProcAddress);
     if (!services_) return 0;
     try {
       state_.emplace(*services_);
       // Last: from here on other modules may call.
-      published_.emplace(*services_, interfaceName, entries);
+      for (const Publication& publication : publications) {
+        published_.emplace_back(*services_, publication);
+      }
       return 1;
     } catch (const std::exception& failure) {
       services_->frame.ReportError(failure.what());
@@ -42,7 +47,7 @@ class ModuleInstance {
   }
 
   void stop() noexcept {
-    published_.reset();
+    while (!published_.empty()) published_.pop_back();
     state_.reset();
   }
 
@@ -51,9 +56,15 @@ class ModuleInstance {
   [[nodiscard]] State& state() noexcept { return *state_; }
 
  private:
+  // The loader gives one file that has two names one place in memory, and so one instance.
+  [[nodiscard]] int32_t refuseSecondStart() const noexcept {
+    services_->frame.ReportError("is running already");
+    return 0;
+  }
+
   std::optional<Services> services_;
   std::optional<State> state_;
-  std::optional<PublishedInterface> published_;
+  std::list<PublishedInterface> published_;
 };
 
 }  // namespace hosting

@@ -16,19 +16,24 @@
 
 namespace hosting {
 
+// What is to be published: an interface's name and its procs. Both outlive the publication.
+struct Publication {
+  const char* interfaceName;
+  std::span<const ZEBProcTableEntry> entries;
+};
+
 class PublishedInterface {
  public:
   // Registers every entry or none. Throws std::runtime_error if one of the names is taken,
   // std::bad_alloc if memory is short. The services must outlive this object.
-  PublishedInterface(const Services& services, const char* name,
-                     std::span<const ZEBProcTableEntry> entries)
-      : services_(services), name_(name) {
+  PublishedInterface(const Services& services, const Publication& publication)
+      : services_(services), name_(publication.interfaceName) {
     // Unregistering removes the whole interface, whoever registered it. Looking before the first
     // registration keeps a failure here from taking another module's procs away.
-    for (const ZEBProcTableEntry& entry : entries) {
+    for (const ZEBProcTableEntry& entry : publication.entries) {
       if (isTaken(entry)) throw std::runtime_error(std::string(name_) + " is published already");
     }
-    for (const ZEBProcTableEntry& entry : entries) {
+    for (const ZEBProcTableEntry& entry : publication.entries) {
       if (add(entry)) continue;
       services_.frame.UnregisterInterface(name_);
       throw std::bad_alloc();

@@ -8,9 +8,12 @@
 #include <optional>
 
 #include "zeb/atom.h"
+#include "zeb/container.h"
 #include "zeb/error.h"
 #include "zeb/event.h"
 #include "zeb/frame.h"
+#include "zeb/progress.h"
+#include "zeb/shared_buffer.h"
 
 namespace hosting {
 
@@ -20,6 +23,9 @@ struct Services {
   ZEBStringProcs strings;
   ZEBErrorProcs errors;
   ZEBEventProcs events;
+  ZEBContainerProcs containers;
+  ZEBSharedBufferProcs buffers;
+  ZEBProgressProcs progress;
 };
 
 // Nothing if one of the procs is missing.
@@ -29,7 +35,10 @@ inline std::optional<Services> fetchServices(ZEBGetProcAddress getProcAddress) {
   const bool complete = ZEBFetchFrameProcs(getProcAddress, &services.frame) == 1 &&
                         ZEBFetchStringProcs(getProcAddress, &services.strings) == 1 &&
                         ZEBFetchErrorProcs(getProcAddress, &services.errors) == 1 &&
-                        ZEBFetchEventProcs(getProcAddress, &services.events) == 1;
+                        ZEBFetchEventProcs(getProcAddress, &services.events) == 1 &&
+                        ZEBFetchContainerProcs(getProcAddress, &services.containers) == 1 &&
+                        ZEBFetchSharedBufferProcs(getProcAddress, &services.buffers) == 1 &&
+                        ZEBFetchProgressProcs(getProcAddress, &services.progress) == 1;
   if (!complete) return std::nullopt;
   return services;
 }

@@ -23,19 +23,15 @@ void report(HostingJobResult* result, const WordTable& words,
 
 }  // namespace
 
-WordJob::WordJob(const Services& services)
+WordJob::WordJob(const Services& services, DigestBinding& digest)
     : services_(services),
-      digest_(services),
+      digest_(digest),
       wordsCounted_(services.events, "hosting words counted by the job", 10) {}
 
 ZEBErrorObject* WordJob::run(HostingJobResult* result, const char* algorithm,
                              std::string_view text) {
   const HostingDigestProcs* const digest = digest_.current();
-  if (digest == nullptr) {
-    return services_.errors.NewError("no module publishes " HOSTING_DIGEST_INTERFACE,
-                                     HOSTING_JOB_COMPONENT, HOSTING_JOB_ERROR_NO_DIGEST, nullptr,
-                                     nullptr);
-  }
+  if (digest == nullptr) return digest_.notPublished();
 
   HostingJobResult found{};
   if (ZEBErrorObject* const error = digestInto(&found, *digest, algorithm, text)) return error;

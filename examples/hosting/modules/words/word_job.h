@@ -1,4 +1,4 @@
-// The job itself: what the host asks for, done with atoms and with whatever digest is published.
+// Counts words as atoms, and has the text digested by whatever digest is published.
 #ifndef HOSTING_WORDS_WORD_JOB_H
 #define HOSTING_WORDS_WORD_JOB_H
 
@@ -13,8 +13,8 @@ namespace hosting {
 
 class WordJob {
  public:
-  // The services must outlive this object. Throws std::bad_alloc.
-  explicit WordJob(const Services& services);
+  // Services and binding must outlive this object. Throws std::bad_alloc.
+  WordJob(const Services& services, DigestBinding& digest);
 
   // Does HostingJobRunProc's work for a checked text and result. Throws std::bad_alloc.
   ZEBErrorObject* run(HostingJobResult* result, const char* algorithm, std::string_view text);
@@ -24,7 +24,7 @@ class WordJob {
                              const char* algorithm, std::string_view text) const;
 
   const Services& services_;
-  DigestBinding digest_;
+  DigestBinding& digest_;
   EventCounter wordsCounted_;
 };
 
