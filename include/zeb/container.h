@@ -37,7 +37,7 @@ typedef void (*ZEBContainerDestroy)(void *instanceData);
 
 /*
  * Asked when the last reference has gone. A result other than 0 means that the owner keeps the
- * container; DeleteUnownedContainer then ends it.
+ * container; DeleteUnownedContainer then ends it. One that throws keeps nothing.
  */
 typedef int32_t (*ZEBContainerOwnerHook)(ZEBContainer *container, uint64_t interfaceCount,
                                          uint64_t instanceCount);
@@ -98,8 +98,8 @@ typedef ZEBErrorObject *(*ZEBRegisterInterfaceV2Proc)(ZEBContainer *container,
 
 /*
  * Adds an instance before all others, also when the name is there already. The data belongs to the
- * container in every case but one: a null container is ignored, with a null answer, and destroy is
- * called at once. [calls-host]
+ * container: if adding it fails, destroy is called before the proc returns. A null container is
+ * ignored, with a null answer, and the data stays the caller's. [calls-host]
  */
 typedef ZEBErrorObject *(*ZEBRegisterInstanceV2Proc)(ZEBContainer *container, void *data,
                                                      ZEBString *instanceName,

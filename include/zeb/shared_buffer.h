@@ -22,16 +22,17 @@ typedef void (*ZEBSharedBuffDelete)(void *data);
 
 /*
  * Asked when the last reference has gone. A result other than 0 keeps the buffer, unowned; its
- * keeper ends it with DeleteUnowned.
+ * keeper ends it with DeleteUnowned. One that throws keeps nothing.
  */
 typedef int32_t (*ZEBSharedBuffReleaseHook)(ZEBSharedBuffer *buffer);
 
 /*
  * Makes a buffer of `size` bytes with one reference for the caller.
  *
- * data           null: the library allocates the bytes, undefined at first, and frees them; a
- * delete procedure must then not be given. Else the client's bytes. deleteProc     deletes the
- * client's bytes; null: they stay the client's, who keeps them alive. hook           may be null.
+ * data           null: the library allocates the bytes, undefined at first, and frees them; there
+ *                must then be no delete procedure. Else the client's bytes.
+ * deleteProc     deletes the client's bytes; null: they stay the client's, who keeps them alive.
+ * hook           may be null.
  * deleteContext  passed to deleteProc instead of the data; may be null.
  *
  * Returns null when memory is short or a delete procedure comes without data. The data then stays

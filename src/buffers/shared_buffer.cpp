@@ -1,5 +1,7 @@
 #include "buffers/shared_buffer.h"
 
+#include <memory>
+
 #include "base/failure.h"
 #include "base/library_counters.h"
 #include "memory/object_memory.h"
@@ -11,7 +13,20 @@ namespace {
 
 constinit TypedPool<ZEBSharedBuffer, 48, 8> pool{counters::sharedBufferPageMiss};
 
+struct GiveSlotBack {
+  void operator()(ZEBSharedBuffer* buffer) const noexcept { pool.destroy(buffer); }
+};
+// A buffer under construction.
+using Draft = std::unique_ptr<ZEBSharedBuffer, GiveSlotBack>;
+
 void deleteNothing(void* /*data*/) {}
+
+void bindClientData(ZEBSharedBuffer& buffer, void* data, ZEBSharedBuffDelete deleteProc,
+                    void* deleteContext) noexcept {
+  buffer.data = data;
+  buffer.deleteProc = deleteProc != nullptr ? deleteProc : deleteNothing;
+  buffer.deleteContext = deleteProc != nullptr ? deleteContext : nullptr;
+}
 
 bool hookKeeps(ZEBSharedBuffer& buffer) noexcept {
   if (buffer.hook == nullptr) return false;
@@ -36,25 +51,21 @@ void deleteData(ZEBSharedBuffer& buffer) noexcept {
 
 }  // namespace
 
+// The slot comes first: a host counts a page for a buffer that is refused, too.
 ZEBSharedBuffer* make(uint64_t size, void* data, ZEBSharedBuffDelete deleteProc,
                       ZEBSharedBuffReleaseHook hook, void* deleteContext) {
   counters::sharedBuffer.signal();
-  if (data == nullptr && deleteProc != nullptr) {
+  Draft draft(pool.make());
+  draft->size = size;
+  draft->hook = hook;
+  if (data != nullptr) {
+    bindClientData(*draft, data, deleteProc, deleteContext);
+  } else if (deleteProc == nullptr) {
+    draft->data = allocObject(size);
+  } else {
     raiseNewKst(kst::kUnknown, "NULL client buffer with non-NULL delete proc");
   }
-  ObjectMemory own;
-  if (data == nullptr) own = ObjectMemory(size);
-  ZEBSharedBuffer* buffer = pool.make();
-  buffer->size = size;
-  buffer->hook = hook;
-  if (data == nullptr) {
-    buffer->data = own.release();
-    return buffer;
-  }
-  buffer->data = data;
-  buffer->deleteProc = deleteProc != nullptr ? deleteProc : deleteNothing;
-  buffer->deleteContext = deleteProc != nullptr ? deleteContext : nullptr;
-  return buffer;
+  return draft.release();
 }
 
 void release(ZEBSharedBuffer& buffer) noexcept {
