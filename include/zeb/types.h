@@ -31,6 +31,9 @@ typedef void (*ZEBProc)(void);
 typedef struct ZEBString ZEBString;             /* an atom: interned, immutable text (atom.h) */
 typedef struct ZEBErrorObject ZEBErrorObject;   /* what went wrong (error.h) */
 typedef struct ZEBEventCounter ZEBEventCounter; /* a named tally (event.h) */
+typedef struct ZEBContainer ZEBContainer;       /* a component (container.h) */
+typedef struct ZEBSharedBuffer ZEBSharedBuffer; /* a block of bytes (shared_buffer.h) */
+typedef struct ZEBProgress ZEBProgress;         /* a listener to progress (progress.h) */
 
 /*
  * Finds a proc by its three names.

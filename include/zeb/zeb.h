@@ -4,12 +4,15 @@
 
 #include "zeb/atom.h"
 #include "zeb/client.h"
+#include "zeb/container.h"
 #include "zeb/error.h"
 #include "zeb/event.h"
 #include "zeb/exports.h"
 #include "zeb/frame.h"
 #include "zeb/memory.h"
 #include "zeb/memory_debug.h"
+#include "zeb/progress.h"
+#include "zeb/shared_buffer.h"
 #include "zeb/types.h"
 
 #endif

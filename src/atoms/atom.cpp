@@ -35,6 +35,10 @@ bool areKnown(std::span<const TextKey> keys) noexcept {
                      [](const TextKey& key) { return key.text == nullptr || table.isKnown(key); });
 }
 
+void excuseReference(ZEBString* atom) noexcept {
+  if (atom != nullptr) ++atom->excused;
+}
+
 void addTableUser() noexcept { table.addUser(); }
 void dropTableUser() noexcept { table.dropUser(); }
 

@@ -18,7 +18,8 @@ struct ZEBString {
   uint64_t hash;
   uint64_t length;
   std::atomic<uint32_t> references;
-  bool orphan;  // outlived its table; freed by its last release, through `freeThrough`
+  bool orphan;       // outlived its table; freed by its last release, through `freeThrough`
+  uint16_t excused;  // references that are no leak when the table goes
   union {
     ZEBString* nextRetired;  // on its way out of the table
     ZEBObjFree freeThrough;  // of the host that the memory came from; null: the library's own
@@ -57,6 +58,10 @@ void release(ZEBString* atom) noexcept;
 // frame counts itself. When the last one is dropped the table goes, and if clients still hold atoms
 // the host is told. Only while one thread uses the library.
 void addTableUser() noexcept;
+
+// One reference to the atom is held on purpose beyond the stop that is under way: it is no leak.
+// Null is ignored. Only before the last user is dropped.
+void excuseReference(ZEBString* atom) noexcept;
 void dropTableUser() noexcept;
 
 // Owns one reference.

@@ -35,6 +35,7 @@ ZEBString* constructAtom(void* memory, const TextKey& key) noexcept {
                                       .length = key.length,
                                       .references = 2,
                                       .orphan = false,
+                                      .excused = 0,
                                       .nextRetired = nullptr};
   char* text = reinterpret_cast<char*>(atom + 1);
   std::memcpy(text, key.text, key.length);
@@ -227,13 +228,16 @@ void AtomTable::tearDown() noexcept {
   if (leaked) reportToHost("string memory leak");
 }
 
+// True when a client holds any of them.
 bool AtomTable::orphanTheRestLocked() noexcept {
-  table_.forEach([](ZEBString* atom) {
+  bool leaked = false;
+  table_.forEach([&](ZEBString* atom) {
+    leaked |= atom->references.load(std::memory_order_relaxed) > atom->excused;
     atom->orphan = true;
     atom->freeThrough = hostState.objects.free;
     return false;
   });
-  return table_.count() != 0;
+  return leaked;
 }
 
 }  // namespace zeb::atoms

@@ -3,6 +3,9 @@
 #ifndef ZEB_BASE_OBJECT_BASES_H
 #define ZEB_BASE_OBJECT_BASES_H
 
+// The library's service objects.
+class ZEBBase {};
+
 // Objects that are not made with the library's own allocation; the library's internal error is one.
 class ZEBBaseNoNew {};
 

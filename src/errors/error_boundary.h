@@ -1,17 +1,13 @@
 // The boundary of procs that answer with an error handle: whatever is thrown inside becomes an
-// error of which the caller owns one reference. Put ErrorProc<&function>::call into the service
-// table.
-//
-// The function behind it returns nothing and raises. If the proc has an out argument, name its
-// position: the boundary refuses a null one with "Missing ZEB Method" and clears it before anything
-// can fail.
+// error of which the caller owns one reference. The function behind such a proc returns nothing and
+// raises; if it has an out argument, clearOut is the first thing that it calls.
 #ifndef ZEB_ERRORS_ERROR_BOUNDARY_H
 #define ZEB_ERRORS_ERROR_BOUNDARY_H
 
-#include <cstddef>
-#include <tuple>
+#include <type_traits>
 
 #include "base/failure.h"
+#include "base/value_boundary.h"
 #include "errors/error_object.h"
 
 namespace zeb {
@@ -20,20 +16,20 @@ namespace zeb {
 // no error becomes "Unknown Kesto Error". Never null.
 [[nodiscard]] ZEBErrorObject* translateCurrentException() noexcept;
 
-inline constexpr size_t kNoOutArgument = static_cast<size_t>(-1);
+// Refuses a null out argument and clears the one that is there.
+template <class T>
+void clearOut(T* out) {
+  if (out == nullptr) raiseStandardZeb(zebid::kMissingMethod);
+  *out = {};
+}
 
-template <auto Function, size_t OutArgument = kNoOutArgument>
+template <auto Function>
 struct ErrorProc;
 
-template <class... Arguments, void (*Function)(Arguments...), size_t OutArgument>
-struct ErrorProc<Function, OutArgument> {
+template <class... Arguments, void (*Function)(Arguments...)>
+struct ErrorProc<Function> {
   static ZEBErrorObject* call(Arguments... arguments) noexcept {
     try {
-      if constexpr (OutArgument != kNoOutArgument) {
-        auto* out = std::get<OutArgument>(std::tie(arguments...));
-        if (out == nullptr) raiseStandardZeb(zebid::kMissingMethod);
-        *out = {};
-      }
       Function(arguments...);
       return nullptr;
     } catch (...) {
@@ -41,6 +37,17 @@ struct ErrorProc<Function, OutArgument> {
     }
   }
 };
+
+// The boundary that a proc's type asks for: where the proc answers something and the function
+// behind it nothing, the answer is the error.
+template <class Proc, auto Function>
+[[nodiscard]] constexpr Proc withBoundary() noexcept {
+  if constexpr (std::is_convertible_v<decltype(&ValueProc<Function>::call), Proc>) {
+    return &ValueProc<Function>::call;
+  } else {
+    return &ErrorProc<Function>::call;
+  }
+}
 
 }  // namespace zeb
 

@@ -2,6 +2,7 @@
 #include <array>
 
 #include "base/host_state.h"
+#include "base/unowned_data.h"
 #include "base/value_boundary.h"
 #include "errors/error_boundary.h"
 #include "errors/error_object.h"
@@ -13,31 +14,6 @@ namespace zeb {
 
 namespace {
 
-// Client data that no error owns yet; unless it is handed over, it ends here.
-class UnownedInfo {
- public:
-  UnownedInfo(void* info, InfoDelete infoDelete) noexcept : info_(info), infoDelete_(infoDelete) {}
-  UnownedInfo(const UnownedInfo&) = delete;
-  UnownedInfo& operator=(const UnownedInfo&) = delete;
-  ~UnownedInfo() {
-    if (infoDelete_ == nullptr) return;
-    try {
-      infoDelete_(info_);
-    } catch (...) {  // the data is the client's loss
-    }
-  }
-
-  void handOverTo(ZEBErrorObject& error) noexcept {
-    error.info = info_;
-    error.infoDelete = infoDelete_;
-    infoDelete_ = nullptr;
-  }
-
- private:
-  void* const info_;
-  InfoDelete infoDelete_;
-};
-
 const char* orEmpty(const char* text) noexcept { return text != nullptr ? text : ""; }
 
 namespace procs {
@@ -46,9 +22,11 @@ namespace procs {
 ZEBErrorObject* NewError(const char* message, const char* component, int32_t id, void* info,
                          InfoDelete infoDelete) noexcept {
   try {
-    UnownedInfo unowned(info, infoDelete);
+    UnownedData unowned(infoDelete, info);
     errors::Ref error(errors::make(orEmpty(message), orEmpty(component), id));
-    unowned.handOverTo(*error.get());
+    error.get()->info = info;
+    error.get()->infoDelete = infoDelete;
+    unowned.handOver();
     if (hostState.errorReport != nullptr) hostState.errorReport(orEmpty(message));
     return error.handOver();
   } catch (...) {

@@ -4,6 +4,8 @@
 
 #include "atoms/atom.h"
 #include "base/lazy_list.h"
+#include "buffers/buffer_client.h"
+#include "container/container.h"
 #include "errors/client_error.h"
 #include "errors/standard_errors.h"
 #include "events/event_binding.h"
@@ -52,12 +54,14 @@ bool bringUp() {
 
 // In this order: what is torn down later may still be used by what is torn down earlier.
 void tearDown() {
+  buffers::forgetClientProcs();
   releaseClientErrors();
   terminateLazyList(lazyList);
   events::disconnectCounters();
   registry::unbindMemory();
   releaseStreamNames();
   errors::releaseStandardErrors();
+  container::excuseRecycledNames();
   atoms::dropTableUser();
   processAllocator.releasePages();
   processAllocator.setThrowsInteger(true);

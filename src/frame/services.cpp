@@ -2,6 +2,8 @@
 
 #include "atoms/atom.h"
 #include "atoms/atom_service.h"
+#include "buffers/buffer_services.h"
+#include "container/container_service.h"
 #include "errors/error_service.h"
 #include "errors/standard_errors.h"
 #include "events/event_binding.h"
@@ -24,7 +26,10 @@ constexpr Service kServices[] = {
     {memoryService, nullptr},
     {memoryDebugService, nullptr},
     {errorService, errors::makeStandardErrors},
+    {containerService, nullptr},
     {atomService, atoms::addTableUser},
+    {sharedBufferService, nullptr},
+    {progressService, nullptr},
     {eventService, events::connectCounters},
 };
 

@@ -36,6 +36,7 @@ void* ObjectPool::take() {
 
 void* ObjectPool::takeFrom(Page* page) noexcept {
   Slot* slot = page->freeSlots;
+  // NOLINTNEXTLINE(clang-analyzer-core.NullDereference): pages on this list have a free slot
   page->freeSlots = slot->nextFree;
   ++page->used;
   slot->page = page;
@@ -48,6 +49,7 @@ void* ObjectPool::takeFrom(Page* page) noexcept {
 
 void ObjectPool::openPage(void* memory) noexcept {
   Page* page = new (memory) Page{};
+  page->freeThrough = hostState.objects.free;
   withFreeSlots_.pushHead(page);
   for (uint32_t index = slotsPerPage_; index-- > 0;) {
     Slot* slot = slotAt(page, index);
@@ -73,7 +75,7 @@ void ObjectPool::giveBack(void* object) noexcept {
       withFreeSlots_.pushHead(page);
     }
   }
-  freeObject(emptied);
+  if (emptied != nullptr) freeObjectThrough(emptied->freeThrough, emptied);
 }
 
 }  // namespace zeb

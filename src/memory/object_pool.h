@@ -4,6 +4,7 @@
 // it: while the slot is free the link leads to the page's next free slot, while it is in use to the
 // page, so that giving back needs no search. Pages with a free slot and full pages stand on two
 // lists. A page goes back to the library's memory with its last object; the pool keeps no spare.
+// Objects may outlive a stop of the library: a page remembers which host it came from.
 //
 // Thread safety: any thread may take and give back. Page memory is taken and freed outside the
 // lock.
@@ -14,6 +15,7 @@
 
 #include "base/event_counter.h"
 #include "platform/spin_lock.h"
+#include "zeb/exports.h"
 
 namespace zeb {
 
@@ -59,7 +61,7 @@ class ObjectPool {
     Page* next;
     Page* previous;
     PageList* list;
-    uint64_t reserved;
+    ZEBObjFree freeThrough;  // of the host that the page came from; null: the library's own
   };
   static_assert(sizeof(Page) == kPageHeaderBytes && sizeof(Slot) == kLinkBytes);
 

@@ -165,7 +165,7 @@ void PooledHeap::freeLarge(LargeHeader* block) {
   }
 }
 
-void PooledHeap::giveBackLarge(LargeHeader* block) {
+void PooledHeap::giveBackLarge(LargeHeader* block) const {
   unhold(block->size);
   source_.free(block);
 }

@@ -66,7 +66,7 @@ class PooledHeap {
   void splitOff(FreeBlock* block, uint16_t keep) ZEB_REQUIRES(lock_);
   void freeSmall(FreeBlock* block) ZEB_REQUIRES(lock_);
   void freeLarge(LargeHeader* block) ZEB_REQUIRES(lock_);
-  void giveBackLarge(LargeHeader* block) ZEB_REQUIRES(lock_);
+  void giveBackLarge(LargeHeader* block) const;
   void giveBackPage(void* page) ZEB_REQUIRES(lock_);
 
   static void hold(uint64_t bytes) noexcept;

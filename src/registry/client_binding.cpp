@@ -8,8 +8,8 @@ namespace zeb::registry {
 
 void endWithoutInterface(const char* interfaceName) noexcept {
   std::array<char, 160> message{};
-  std::snprintf(message.data(), message.size(),
-                "Missing Interface: the library cannot fetch its own \"%s\"", interfaceName);
+  (void)std::snprintf(message.data(), message.size(),
+                      "Missing Interface: the library cannot fetch its own \"%s\"", interfaceName);
   reportToHost(message.data());
   std::abort();
 }

@@ -5,10 +5,6 @@
 
 namespace zeb::registry {
 
-namespace {
-InterfaceTerminate interfaceTerminate;
-}
-
 void InterfaceTerminate::terminate() {
   removeEverything();
   atoms::dropTableUser();

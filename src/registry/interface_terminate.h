@@ -6,9 +6,9 @@
 
 namespace zeb::registry {
 
-// Destroys every entry and gives back the string table's first user. It is linked after the event
-// counters and so stands at the head of the lazy list: when stopping, nothing can be looked up any
-// more by the time that the others are terminated.
+// Destroys every entry and gives back the string table's first user. The frame links it after all
+// others and so at the head of the lazy list: when stopping, nothing can be looked up any more by
+// the time that the others are terminated.
 class InterfaceTerminate final : public ZEB_T_MT::LazyTerminate {
  public:
   static constexpr int32_t kLevel = 3;

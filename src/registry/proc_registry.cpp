@@ -54,6 +54,19 @@ ZEBProc find(const char* interfaceName, const char* methodName, const char* proc
   return findKey(ProcKey(TextKey(interfaceName), methodName, procName));
 }
 
+ZEBProc findByAtoms(const ZEBString* interfaceName, const ZEBString* methodName,
+                    const ZEBString* procName) noexcept {
+  const AtomKey key{interfaceName, methodName, procName};
+  {
+    const ReadSection section;
+    if (section.entered()) {
+      const auto found = table.search(key);
+      if (found.certain) return found.node != nullptr ? found.node->proc : nullptr;
+    }
+  }
+  return table.findLocked(key);
+}
+
 bool add(const char* interfaceName, const char* methodName, const char* procName,
          ZEBProc proc) noexcept {
   try {

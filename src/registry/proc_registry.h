@@ -23,6 +23,10 @@ namespace zeb::registry {
 // The function, or null when it is missing or anything fails.
 ZEBProc find(const char* interfaceName, const char* methodName, const char* procName) noexcept;
 
+// The same for names that are atoms already. None of them is null.
+ZEBProc findByAtoms(const ZEBString* interfaceName, const ZEBString* methodName,
+                    const ZEBString* procName) noexcept;
+
 // False when the three names are taken or anything fails.
 bool add(const char* interfaceName, const char* methodName, const char* procName,
          ZEBProc proc) noexcept;

@@ -26,16 +26,6 @@ ProcTable::Leftovers::~Leftovers() {
   disposeRetired(arrays, [](Array* array) { freeObject(array); });
 }
 
-ProcTable::Table::Found ProcTable::search(const ProcKey& key) const noexcept {
-  return table_.search(key.hash, [&](const ProcEntry& entry) { return entry.isFor(key); });
-}
-
-ZEBProc ProcTable::findLocked(const ProcKey& key) noexcept {
-  const SpinGuard guard(lock_);
-  const ProcEntry* entry = search(key).node;
-  return entry != nullptr ? entry->proc : nullptr;
-}
-
 bool ProcTable::insert(const ProcKey& key, ProcEntry* entry) {
   ObjectMemory array;
   uint64_t arrayCapacity = 0;

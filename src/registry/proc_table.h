@@ -2,6 +2,7 @@
 #ifndef ZEB_REGISTRY_PROC_TABLE_H
 #define ZEB_REGISTRY_PROC_TABLE_H
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -15,6 +16,10 @@
 
 namespace zeb::registry {
 
+inline uint64_t combinedHash(uint64_t first, uint64_t second, uint64_t third) noexcept {
+  return text_hash::fold(first ^ (second * text_hash::kFactor), third ^ text_hash::kSeed);
+}
+
 // Three names and their common hash.
 struct ProcKey {
   static constexpr unsigned kNames = 3;
@@ -23,14 +28,24 @@ struct ProcKey {
 
   ProcKey(const TextKey& interfaceName, const char* methodName, const char* procName) noexcept
       : names{interfaceName, TextKey(methodName), TextKey(procName)},
-        hash(text_hash::fold(names[0].hash ^ (names[1].hash * text_hash::kFactor),
-                             names[2].hash ^ text_hash::kSeed)) {}
+        hash(combinedHash(names[0].hash, names[1].hash, names[2].hash)) {}
 
   // How many of the names are texts: each of them is counted as an atom that is made.
   [[nodiscard]] unsigned texts() const noexcept {
-    return unsigned{names[0].text != nullptr} + unsigned{names[1].text != nullptr} +
-           unsigned{names[2].text != nullptr};
+    return static_cast<unsigned>(std::count_if(
+        names.begin(), names.end(), [](const TextKey& name) { return name.text != nullptr; }));
   }
+};
+
+// Three names that are atoms, none of them null.
+struct AtomKey {
+  std::array<const ZEBString*, ProcKey::kNames> names;
+  uint64_t hash;
+
+  AtomKey(const ZEBString* interfaceName, const ZEBString* methodName,
+          const ZEBString* procName) noexcept
+      : names{interfaceName, methodName, procName},
+        hash(combinedHash(interfaceName->hash, methodName->hash, procName->hash)) {}
 };
 
 // Made before it is inserted, never changed afterwards.
@@ -41,6 +56,11 @@ struct ProcEntry {
   ProcEntry* nextRetired = nullptr;
 
   [[nodiscard]] bool isFor(const ProcKey& key) const noexcept;
+  // Atoms are compared by identity.
+  [[nodiscard]] bool isFor(const AtomKey& key) const noexcept {
+    return names[0].get() == key.names[0] && names[1].get() == key.names[1] &&
+           names[2].get() == key.names[2];
+  }
 };
 
 class ProcTable {
@@ -54,10 +74,18 @@ class ProcTable {
   // False until the first insertion and after clear.
   [[nodiscard]] bool exists() const noexcept { return table_.exists(); }
 
-  // Inside a read section.
-  [[nodiscard]] Table::Found search(const ProcKey& key) const noexcept;
+  // Inside a read section. `Key` is ProcKey or AtomKey.
+  template <class Key>
+  [[nodiscard]] Table::Found search(const Key& key) const noexcept {
+    return table_.search(key.hash, [&](const ProcEntry& entry) { return entry.isFor(key); });
+  }
 
-  [[nodiscard]] ZEBProc findLocked(const ProcKey& key) noexcept ZEB_EXCLUDES(lock_);
+  template <class Key>
+  [[nodiscard]] ZEBProc findLocked(const Key& key) noexcept ZEB_EXCLUDES(lock_) {
+    const SpinGuard guard(lock_);
+    const ProcEntry* entry = search(key).node;
+    return entry != nullptr ? entry->proc : nullptr;
+  }
 
   // Takes the entry over when it is inserted; false when its names are taken. Raises what
   // allocation raises.

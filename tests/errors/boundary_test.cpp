@@ -103,10 +103,11 @@ TEST_F(BoundaryTest, NeverAnswersSuccessForAFailureWithoutStandardErrors) {
 }
 
 void failWith(int32_t* out, int32_t value) {
+  clearOut(out);
   *out = value;
   if (value < 0) raiseStandardKst(kst::kCorruptData);
 }
-using FailWith = ErrorProc<&failWith, 0>;
+using FailWith = ErrorProc<&failWith>;
 
 TEST_F(BoundaryTest, AnswersNullOnSuccess) {
   int32_t out = -1;
@@ -120,11 +121,14 @@ TEST_F(BoundaryTest, AnswersTheErrorOnFailure) {
   EXPECT_EQ(error.get(), errors::standardKst(kst::kCorruptData));
 }
 
-void failAtOnce(int32_t* /*out*/) { throw 1; }
+void failAtOnce(int32_t* out) {
+  clearOut(out);
+  throw 1;
+}
 
 TEST_F(BoundaryTest, ClearsTheOutArgumentBeforeAnythingFails) {
   int32_t out = 77;
-  const errors::Ref error(ErrorProc<&failAtOnce, 0>::call(&out));
+  const errors::Ref error(ErrorProc<&failAtOnce>::call(&out));
   EXPECT_EQ(out, 0);
   EXPECT_EQ(error.get(), errors::standardKst(kst::kUnknown));
 }
@@ -184,6 +188,13 @@ TEST_F(BoundaryTest, RaisesACopyThatDoesNotFitOnTheClientsSide) {
   EXPECT_STREQ(componentOf(error), "");
   EXPECT_EQ(error.get()->id, 0);
   EXPECT_EQ(room[0], 0);
+}
+
+TEST_F(BoundaryTest, IsChosenByTheProcsType) {
+  using AnswersError = ZEBErrorObject* (*)(int32_t*, int32_t);
+  using AnswersNumber = int32_t (*)();
+  EXPECT_EQ((withBoundary<AnswersError, &failWith>()), &FailWith::call);
+  EXPECT_EQ((withBoundary<AnswersNumber, &throwingNumber>()), &ValueProc<&throwingNumber>::call);
 }
 
 class ClientErrorTest : public BoundaryTest {};

@@ -2,6 +2,7 @@
 
 #include <pthread.h>
 
+#include <array>
 #include <atomic>
 #include <bit>
 #include <cstdint>
@@ -14,10 +15,13 @@ constexpr uint32_t kAllFree = (uint32_t{1} << kExclusiveThreadSlots) - 1;
 constinit std::atomic<uint32_t> freeSlots{kAllFree};
 constinit std::atomic<unsigned> slotsUsed{0};
 
-void giveBack(void* slotPlusOne) noexcept {
+// What a thread's key holds: the address of its slot's element, since null would mean nothing.
+constinit std::array<char, kExclusiveThreadSlots> slotTokens{};
+
+void giveBack(void* token) noexcept {
   // Another destructor of this thread may still call the library: it then gets a slot again.
   thread_slot::current = thread_slot::kUnassigned;
-  const auto slot = static_cast<unsigned>(reinterpret_cast<uintptr_t>(slotPlusOne)) - 1;
+  const auto slot = static_cast<unsigned>(static_cast<char*>(token) - slotTokens.data());
   freeSlots.fetch_or(uint32_t{1} << slot, std::memory_order_release);
 }
 
@@ -33,8 +37,7 @@ class ThreadEndKey {
   ThreadEndKey& operator=(const ThreadEndKey&) = delete;
 
   [[nodiscard]] bool watch(unsigned slot) const noexcept {
-    const auto value = static_cast<uintptr_t>(slot) + 1;
-    return valid_ && pthread_setspecific(key_, reinterpret_cast<void*>(value)) == 0;
+    return valid_ && pthread_setspecific(key_, &slotTokens[slot]) == 0;
   }
 
  private:
