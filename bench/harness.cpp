@@ -89,7 +89,8 @@ Result runRow(const Row& row) {
   Result result{row.area, row.name, row.threads, row.unit, row.goal, collector.timingOf(*row.ours),
                 {}};
   for (const Side& peer : row.peers) result.peers.push_back(collector.timingOf(peer));
-  if (result.goal && !result.goal->isTime && !result.bestPeer()) result.goal.reset();
+  const bool needsPeer = result.goal && result.goal->kind != Goal::Kind::time;
+  if (needsPeer && !result.bestPeer()) result.goal.reset();
   return result;
 }
 
@@ -122,7 +123,15 @@ std::optional<double> Result::ratio() const {
 
 std::optional<bool> Result::met() const {
   if (!goal) return std::nullopt;
-  return (goal->isTime ? ours.median : ratio().value()) <= goal->limit;
+  switch (goal->kind) {
+    case Goal::Kind::ratio:
+      return ratio().value() <= goal->limit;
+    case Goal::Kind::difference:
+      return ours.median - bestPeer()->median <= goal->limit;
+    case Goal::Kind::time:
+      return ours.median <= goal->limit;
+  }
+  return std::nullopt;
 }
 
 void runRows(Rows rows, const RunOptions& options,

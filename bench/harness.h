@@ -31,9 +31,15 @@ struct Side {
 
 // What a row has to reach.
 struct Goal {
-  double limit;                           // at most this many times the fastest of `against`
+  enum class Kind {
+    ratio,       // at most `limit` times the fastest of `against`
+    difference,  // at most `limit` more than the fastest of `against`, in the row's unit
+    time,        // at most `limit` in the row's unit, whatever the peers need
+  };
+
+  double limit;
   std::vector<std::string> against = {};  // names of peers; empty: all of them
-  bool isTime = false;                    // nobody to compare with: `limit` is in the row's unit
+  Kind kind = Kind::ratio;
 };
 
 struct Row {

@@ -46,7 +46,7 @@ Row startAndStopRow() {
   Row row{.area = "life cycle",
           .name = "start + stop, warm",
           .unit = "us",
-          .goal = Goal{.limit = kMostMicroseconds, .isTime = true}};
+          .goal = Goal{.limit = kMostMicroseconds, .kind = Goal::Kind::time}};
   row.prepare = checkStartAndStop;
   row.ours = measure("ours", [](size_t) {
     return [library = theLibrary()] {

@@ -75,6 +75,10 @@ Rows allRows() {
   addMemoryRows(rows);
   addPoolRows(rows);
   addEventRows(rows);
+  addContainerRows(rows);
+  addContainerLookupRows(rows);
+  addBufferRows(rows);
+  addProgressRows(rows);
   addLifecycleRows(rows);
   return rows;
 }

@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <fstream>
+#include <map>
 
 namespace zeb::bench {
 
@@ -19,8 +20,15 @@ std::string numberOrDash(std::optional<double> value) { return value ? number(*v
 
 std::string limit(const Result& result) {
   if (!result.goal) return "-";
-  if (result.goal->isTime) return fmt::format("{} {}", result.goal->limit, result.unit);
-  return fmt::format("{:.2f}", result.goal->limit);
+  switch (result.goal->kind) {
+    case Goal::Kind::ratio:
+      return fmt::format("{:.2f}", result.goal->limit);
+    case Goal::Kind::difference:
+      return fmt::format("+{} {}", result.goal->limit, result.unit);
+    case Goal::Kind::time:
+      return fmt::format("{} {}", result.goal->limit, result.unit);
+  }
+  return "-";
 }
 
 std::string title(const Result& result) {
@@ -70,12 +78,20 @@ std::string againstArray(const Result& result) {
   return "[" + array + "]";
 }
 
+std::string kindOrNull(const Result& result) {
+  if (!result.goal) return "null";
+  static const std::map<Goal::Kind, const char*> names = {{Goal::Kind::ratio, "ratio"},
+                                                          {Goal::Kind::difference, "difference"},
+                                                          {Goal::Kind::time, "time"}};
+  return quoted(names.at(result.goal->kind));
+}
+
 std::string jsonOf(const Result& result) {
   return fmt::format(
       "  {{\"area\": {}, \"case\": {}, \"threads\": {}, \"unit\": {}, \"ours\": {:.4g}, "
-      "\"peers\": {}, \"against\": {}, \"limit\": {}, \"ratio\": {}}}",
+      "\"peers\": {}, \"against\": {}, \"goal\": {}, \"limit\": {}, \"ratio\": {}}}",
       quoted(result.area), quoted(result.name), result.threads, quoted(result.unit),
-      result.ours.median, peersObject(result.peers), againstArray(result),
+      result.ours.median, peersObject(result.peers), againstArray(result), kindOrNull(result),
       numberOrNull(result.goal ? std::optional(result.goal->limit) : std::nullopt),
       numberOrNull(result.ratio()));
 }

@@ -12,6 +12,10 @@ void addErrorRows(Rows& rows);
 void addMemoryRows(Rows& rows);
 void addPoolRows(Rows& rows);
 void addEventRows(Rows& rows);
+void addContainerRows(Rows& rows);
+void addContainerLookupRows(Rows& rows);
+void addBufferRows(Rows& rows);
+void addProgressRows(Rows& rows);
 void addLifecycleRows(Rows& rows);
 
 }  // namespace zeb::bench

@@ -105,20 +105,32 @@ def title(row):
     return row["case"] if row["threads"] == 1 else f"{row['case']}, {row['threads']} threads"
 
 
+def best_peer(row):
+    """The time of the fastest peer that the goal speaks of."""
+    names = row["against"] or row["peers"].keys()
+    return min(row["peers"][name] for name in names if name in row["peers"])
+
+
 def met(row):
     """Whether the goal is met; None where there is none to meet."""
     if row["limit"] is None:
         return None
-    return (row["ours"] if row["ratio"] is None else row["ratio"]) <= row["limit"]
+    if row["goal"] == "time":
+        return row["ours"] <= row["limit"]
+    if row["goal"] == "difference":
+        return row["ours"] - best_peer(row) <= row["limit"]
+    return row["ratio"] <= row["limit"]
 
 
 def limit(row):
     if row["limit"] is None:
         return ""
-    if row["ratio"] is None:
+    if row["goal"] == "time":
         return f"{row['limit']:g} {row['unit']}"
-    names = ", ".join(row.get("against", []))
-    return f"{row['limit']:.2f}" + (f" ({names})" if names else "")
+    names = ", ".join(row["against"])
+    most = (f"+{row['limit']:g} {row['unit']}" if row["goal"] == "difference"
+            else f"{row['limit']:.2f}")
+    return most + (f" ({names})" if names else "")
 
 
 def table(rows):
