@@ -4,8 +4,10 @@
 
 #include <atomic>
 #include <cstdint>
+#include <deque>
 #include <latch>
 
+#include "platform/sleep.h"
 #include "support/threads.h"
 
 namespace {
@@ -28,20 +30,39 @@ TEST(Tally, WrapsAroundAsUnsignedNumbersDo) {
   EXPECT_EQ(tally.total(), 2u);
 }
 
-// All forty are alive together, so most of them share the one cell that is added to atomically.
 TEST(Tally, IsExactWithMoreThreadsThanSlots) {
   constexpr unsigned kThreads = 40;
-  constexpr uint64_t kTimes = 2000;
+  constexpr uint64_t kTimes = 5000;
   zeb::Tally tally;
-  std::latch allCounted(kThreads);
+  std::latch allHaveSlots(kThreads);
   std::atomic<unsigned> sharing{0};
   zeb_test::runTogether(kThreads, [&](unsigned index) {
-    for (uint64_t i = 0; i < kTimes; ++i) tally.add(index);
     if (zeb::threadSlot() == zeb::kSharedThreadSlot) ++sharing;
-    allCounted.arrive_and_wait();
+    allHaveSlots.arrive_and_wait();
+    for (uint64_t i = 0; i < kTimes; ++i) tally.add(index);
   });
   EXPECT_GE(sharing, kThreads - zeb::kExclusiveThreadSlots);
   EXPECT_EQ(tally.total(), kTimes * (kThreads * (kThreads - 1) / 2));
+}
+
+// Two threads that share a cell wait for each other before each round, and never give the processor
+// away while they wait: when the second arrives, both are running.
+TEST(Tally, LosesNothingInTheCellThatThreadsShare) {
+  constexpr unsigned kRounds = 8;
+  constexpr uint64_t kTimes = 20000;
+  std::deque<zeb_test::OtherThread> owners(zeb::kExclusiveThreadSlots);
+  for (auto& owner : owners) owner.run([] { zeb::threadSlot(); });
+  zeb::Tally tally;
+  std::atomic<unsigned> arrived{0};
+  zeb_test::runTogether(2, [&](unsigned) {
+    EXPECT_EQ(zeb::threadSlot(), zeb::kSharedThreadSlot);
+    for (unsigned round = 1; round <= kRounds; ++round) {
+      ++arrived;
+      while (arrived < 2 * round) zeb::pauseProcessor();
+      for (uint64_t i = 0; i < kTimes; ++i) tally.add(1);
+    }
+  });
+  EXPECT_EQ(tally.total(), 2 * kRounds * kTimes);
 }
 
 TEST(Tally, IsExactWhenSlotsPassFromThreadToThread) {

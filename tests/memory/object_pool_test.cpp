@@ -301,9 +301,12 @@ TEST(ObjectPool, ManagesWithOneSlotAPage) {
   void* first = pool.take();
   void* second = pool.take();
   EXPECT_EQ(host.live(), 2u);
-  pool.giveBack(first);
+  pool.giveBack(second);  // the head of the full pages
   EXPECT_EQ(host.live(), 1u);
-  pool.giveBack(second);
+  void* third = pool.take();
+  EXPECT_EQ(host.given(), 3u);
+  pool.giveBack(first);
+  pool.giveBack(third);
   EXPECT_EQ(host.live(), 0u);
 }
 

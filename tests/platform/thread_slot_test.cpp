@@ -160,12 +160,15 @@ TEST(ThreadSlot, HandsItsCellOnWithoutAJoinBetween) {
 }
 
 // A client's thread-end destructor may run after the slot was given back and call in once more.
+// What it gets then must be its own again, for others may start meanwhile.
 unsigned slotSeenAtTheEnd = kThreadSlots;
+unsigned slotOfTheOther = kThreadSlots;
 bool lastCall = false;
 pthread_key_t clientKey;
 
 void useTheLibraryAtTheEnd(void* /*value*/) {
   slotSeenAtTheEnd = threadSlot();
+  slotOfTheOther = slotOfANewThread();
   if (lastCall) return;
   lastCall = true;
   pthread_setspecific(clientKey, &clientKey);  // asks to be called once more
@@ -182,7 +185,9 @@ TEST(ThreadSlot, IsThereForDestructorsThatRunAfterItWasGivenBack) {
   }).join();
   EXPECT_TRUE(lastCall);
   EXPECT_LT(before, kExclusiveThreadSlots);
-  EXPECT_LT(slotSeenAtTheEnd, kThreadSlots);
+  EXPECT_LT(slotSeenAtTheEnd, kExclusiveThreadSlots);
+  EXPECT_LT(slotOfTheOther, kExclusiveThreadSlots);
+  EXPECT_NE(slotSeenAtTheEnd, slotOfTheOther);
   ASSERT_EQ(pthread_key_delete(clientKey), 0);
 
   // And what it got then was given back as well: all slots but this thread's can still be had.

@@ -172,6 +172,18 @@ TEST(ConcurrentTable, KeepsItsNodesWhenItGrows) {
   for (const auto& node : nodes) EXPECT_EQ(findKey(owned.table, node->hash, node->key), node.get());
 }
 
+TEST(ConcurrentTable, IsEmptyAfterItsRelease) {
+  Node nodes[]{{1, 1}, {2, 2}};
+  OwnedTable owned(4);
+  for (Node& node : nodes) owned.table.insert(&node);
+  std::free(owned.table.release());
+  EXPECT_EQ(owned.table.count(), 0u);
+  EXPECT_EQ(findKey(owned.table, 1, 1), nullptr);
+  owned.table.adopt(newArray(4));
+  EXPECT_EQ(findKey(owned.table, 1, 1), nullptr);
+  EXPECT_TRUE(owned.table.hasRoom());
+}
+
 TEST(ConcurrentTable, HandsOutTheOldArrayWhenItGrows) {
   Table table;
   Array* const first = newArray(2);
