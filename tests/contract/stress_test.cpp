@@ -130,6 +130,31 @@ TEST_P(Stress, KeepsAtomsRightWhileTheyDieAndComeBack) {
   EXPECT_GT(events.allocated, kRecentAtoms);
 }
 
+// A text whose last reference is dropped by one thread while others ask for it, over and over: one
+// thread makes so many new atoms that the text is not kept alive between its clients.
+TEST_P(Stress, HandsOutNoAtomWhoseLastReleaseIsUnderWay) {
+  constexpr int kRounds = 20'000 * kScale;
+  std::atomic<int> clients = kThreads - 1;
+  const auto makeNewAtoms = [&] {
+    for (int i = 0; clients > 0; ++i) {
+      mistakes_.CountUnless(MakesAndReleases("in the way " + std::to_string(i)));
+    }
+  };
+  const auto useTheText = [&] {
+    for (int round = 0; round < kRounds; ++round) {
+      ZEBString* first = zeb_.string.NewStringAtom("dies and comes back");
+      ZEBString* second = zeb_.string.NewStringAtom("dies and comes back");
+      mistakes_.CountUnless(first == second);
+      mistakes_.CountUnless(std::string("dies and comes back") == zeb_.string.GetCString(first));
+      zeb_.string.DeleteStringAtom(first);
+      mistakes_.CountUnless(std::string("dies and comes back") == zeb_.string.GetCString(second));
+      zeb_.string.DeleteStringAtom(second);
+    }
+    --clients;
+  };
+  InThreads(kThreads, [&](int thread) { thread == 0 ? makeNewAtoms() : useTheText(); });
+}
+
 TEST_P(Stress, AllocatesEachNewTextOnce) {
   constexpr int kTexts = 2000 * kScale;
   std::array<std::vector<ZEBString*>, kThreads> made;
@@ -254,7 +279,7 @@ TEST_P(Stress, ShowsTheChangeCounterToReadersMeanwhile) {
 constexpr int kManyThreads = 28;
 
 TEST_P(Stress, LosesNoSignal) {
-  constexpr int kSignals = 10'000 * kScale;
+  constexpr int kSignals = 50'000 * kScale;
   ZEBEventCounter* shared = zeb_.event.NewEventCounter("shared", 1);
   std::vector<ZEBEventCounter*> own;
   std::vector<std::string> names;
