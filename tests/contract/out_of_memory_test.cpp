@@ -69,6 +69,20 @@ class FailingStart : public ::testing::Test {
 
 TEST_F(FailingStart, AnswersNullUntilMemorySuffices) { EXPECT_EQ(Sweep(true), 0); }
 
+// A failed start does not count, so a stop is one too many: it answers the counter and does
+// nothing.
+TEST_F(FailingStart, IsNotMadeGoodByAStop) {
+  ExpectPassesInFreshChild([] {
+    Host::FailAt(1, true);
+    EXPECT_EQ(Start(Host::WithObjectProcs({.unregisterCountStart = 19})), nullptr);
+    EXPECT_TRUE(Host::StopFailing());
+    EXPECT_EQ(exports().Terminate(), 19u);
+    EXPECT_EQ(Start(), nullptr);
+    EXPECT_EQ(Start(Host::WithObjectProcs()), nullptr);
+    EXPECT_EQ(exports().GetGetProcAddress(), nullptr);
+  });
+}
+
 // Four texts and four objects at the least, then twenty counters.
 TEST_F(FailingStart, GoesOnWithoutStandardErrorsOrWithACounterLess) { EXPECT_GT(Sweep(false), 24); }
 

@@ -29,20 +29,6 @@ using Reports = ErrorReports<0>;
 
 constexpr int kScale = kSanitized ? 1 : 5;
 
-// Runs `body(index)` in `count` threads that begin together.
-template <class Body>
-void InThreads(int count, Body body) {
-  std::latch begin(count);
-  std::vector<std::thread> threads;
-  for (int index = 0; index < count; ++index) {
-    threads.emplace_back([&, index] {
-      begin.arrive_and_wait();
-      body(index);
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-}
-
 // Failed checks of threads are counted, not asserted: one message for all of them is enough.
 class Mistakes {
  public:
@@ -70,6 +56,22 @@ class Stress : public ::testing::TestWithParam<bool> {
     EXPECT_THAT(Reports::Take(), IsEmpty());
     EXPECT_EQ(Host::LiveBlocks(), 0u);
     EXPECT_EQ(Host::ForeignFrees(), 0u);
+  }
+
+  // Runs `body(index)` in `count` threads that begin together. Each has called the library before,
+  // so that whatever it keeps for a thread is taken by all of them at the same time.
+  template <class Body>
+  void InThreads(int count, Body body) const {
+    std::latch begin(count);
+    std::vector<std::thread> threads;
+    for (int index = 0; index < count; ++index) {
+      threads.emplace_back([&, index] {
+        zeb_.getProcAddress(nullptr, nullptr, nullptr);
+        begin.arrive_and_wait();
+        body(index);
+      });
+    }
+    for (std::thread& thread : threads) thread.join();
   }
 
   bool MakesAndReleases(const std::string& text) const {
@@ -128,6 +130,37 @@ TEST_P(Stress, KeepsAtomsRightWhileTheyDieAndComeBack) {
   EXPECT_GE(events.found + events.allocated, kThreads * kRounds);
   EXPECT_LE(events.allocated, kThreads * kRounds);
   EXPECT_GT(events.allocated, kRecentAtoms);
+}
+
+// One thread holds a text until only its own reference keeps it alive, and drops that while another
+// thread asks for the text all the time. More threads would keep the text alive for each other.
+TEST_P(Stress, HandsOutNoAtomWhoseLastReleaseIsUnderWay) {
+  constexpr int kRounds = 1000 * kScale;
+  constexpr const char* kText = "dies and comes back";
+  std::atomic<bool> over = false;
+  const auto holdAndDrop = [&] {
+    for (int round = 0; round < kRounds; ++round) {
+      ZEBString* atom = zeb_.string.NewStringAtom(kText);
+      for (int i = 0; i < kRecentAtoms; ++i) {
+        mistakes_.CountUnless(MakesAndReleases(std::to_string(round * kRecentAtoms + i)));
+      }
+      mistakes_.CountUnless(std::string(kText) == zeb_.string.GetCString(atom));
+      zeb_.string.DeleteStringAtom(atom);
+    }
+    over = true;
+  };
+  const auto ask = [&] {
+    while (!over) {
+      ZEBString* first = zeb_.string.NewStringAtom(kText);
+      ZEBString* second = zeb_.string.NewStringAtom(kText);
+      mistakes_.CountUnless(first == second);
+      mistakes_.CountUnless(std::string(kText) == zeb_.string.GetCString(first));
+      zeb_.string.DeleteStringAtom(first);
+      mistakes_.CountUnless(std::string(kText) == zeb_.string.GetCString(second));
+      zeb_.string.DeleteStringAtom(second);
+    }
+  };
+  InThreads(2, [&](int thread) { thread == 0 ? holdAndDrop() : ask(); });
 }
 
 TEST_P(Stress, AllocatesEachNewTextOnce) {
@@ -254,7 +287,7 @@ TEST_P(Stress, ShowsTheChangeCounterToReadersMeanwhile) {
 constexpr int kManyThreads = 28;
 
 TEST_P(Stress, LosesNoSignal) {
-  constexpr int kSignals = 10'000 * kScale;
+  constexpr int kSignals = 50'000 * kScale;
   ZEBEventCounter* shared = zeb_.event.NewEventCounter("shared", 1);
   std::vector<ZEBEventCounter*> own;
   std::vector<std::string> names;
