@@ -217,6 +217,8 @@ class InstanceLookup : public ComponentTest {
   }
 
   Data data_;
+  Data second_;
+  Data other_;
   ZEBContainer* full_;
 };
 
@@ -228,15 +230,13 @@ TEST_F(InstanceLookup, FindsTheDataByName) {
 }
 
 TEST_F(InstanceLookup, FindsTheLatestOfTheSameName) {
-  Data second;
-  Data other;
-  zeb_.AddInstance(full_, "instance", &second);
-  zeb_.AddInstance(full_, "other", &other);
+  zeb_.AddInstance(full_, "instance", &second_);
+  zeb_.AddInstance(full_, "other", &other_);
   void* found = nullptr;
-  EXPECT_EQ(zeb_.InstanceOf(full_, "instance"), &second);
+  EXPECT_EQ(zeb_.InstanceOf(full_, "instance"), &second_);
   EXPECT_EQ(NewerOutcome(&found, full_, "instance"), kSuccess);
-  EXPECT_EQ(found, &second);
-  EXPECT_EQ(zeb_.InstanceOf(full_, "other"), &other);
+  EXPECT_EQ(found, &second_);
+  EXPECT_EQ(zeb_.InstanceOf(full_, "other"), &other_);
 }
 
 TEST_F(InstanceLookup, AnswersNullForAMissingName) {
@@ -278,8 +278,7 @@ TEST_F(InstanceLookup, CountsEveryCall) {
 }
 
 TEST_F(InstanceLookup, FindsNullDataAsPresent) {
-  Data hidden;
-  zeb_.AddInstance(full_, "nothing", &hidden);
+  zeb_.AddInstance(full_, "nothing", &other_);
   zeb_.AddInstance(full_, "nothing", nullptr, nullptr);
   void* found = &found;
   EXPECT_EQ(NewerOutcome(&found, full_, "nothing"), kSuccess);
