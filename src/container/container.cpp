@@ -229,6 +229,7 @@ void release(ZEBContainer& container) {
 
 void* decrementWithoutDelete(ZEBContainer& container) {
   if (container.refProc != nullptr) {
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the contract answers with either
     return reinterpret_cast<void*>(container.refProc(container.refContext, 0));
   }
   container.references.fetch_sub(1, std::memory_order_acq_rel);

@@ -16,7 +16,8 @@ namespace {
 // Raises "Missing ZEB Method" unless all of them are there.
 template <class... Pointers>
 void require(const Pointers*... pointers) {
-  if ((... || (pointers == nullptr))) raiseStandardZeb(zebid::kMissingMethod);
+  const bool allThere = (... && (pointers != nullptr));
+  if (!allThere) raiseStandardZeb(zebid::kMissingMethod);
 }
 
 void makeFullContainer(ZEBContainer** out, const container::FullContainerParts& parts) {

@@ -204,7 +204,7 @@ void PooledHeap::freePage(void* page) {
   }
 }
 
-void PooledHeap::giveBackPage(void* page) {
+void PooledHeap::giveBackPage(void* page) const {
   unhold(kPageBytes);
   source_.free(page);
 }

@@ -68,7 +68,7 @@ class PooledHeap {
   void freeLarge(LargeHeader* block) ZEB_REQUIRES(lock_);
   void giveBackLarge(LargeHeader* block) const;
   void freePage(void* page) ZEB_REQUIRES(lock_);
-  void giveBackPage(void* page) ZEB_REQUIRES(lock_);
+  void giveBackPage(void* page) const;
 
   static void hold(uint64_t bytes) noexcept;
   static void unhold(uint64_t bytes) noexcept;

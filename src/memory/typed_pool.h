@@ -21,7 +21,7 @@ class TypedPool {
   // Raises "Out of Memory".
   template <class... Arguments>
   [[nodiscard]] T* make(Arguments&&... arguments) {
-    return new (pool_.take()) T{std::forward<Arguments>(arguments)...};
+    return new (pool_.take()) T(std::forward<Arguments>(arguments)...);
   }
 
   void destroy(T* object) noexcept {
