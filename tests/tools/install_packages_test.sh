@@ -35,7 +35,8 @@ expect_fault 'libtbb-dev' "$tools/install_packages.sh" build bench
 
 echo libtbb-dev >absent
 expect_pass "$tools/install_packages.sh" build bench
-expect_pass grep -q 'libtbb-dev' <("$tools/install_packages.sh" bench 2>&1)
+"$tools/install_packages.sh" bench >said 2>&1 || true
+expect_pass grep -q 'libtbb-dev' said
 
 printf '#!/bin/sh\necho 1000\n' >bin/id
 printf '#!/bin/sh\necho "sudo $*" >>asked\nexec "$@"\n' >bin/sudo
