@@ -11,6 +11,10 @@
 #include "atoms/atom_service.h"
 #include "base/host_state.h"
 #include "base/lazy_list.h"
+#include "buffers/buffer_client.h"
+#include "buffers/buffer_services.h"
+#include "container/container.h"
+#include "container/container_service.h"
 #include "errors/client_error.h"
 #include "errors/error_service.h"
 #include "errors/standard_errors.h"
@@ -57,8 +61,7 @@ Row startAndStopRow() {
   return row;
 }
 
-// --- where the time goes
-// --------------------------------------------------------------------------
+// --- where the time goes ----------------------------------------------------------------------
 
 void* takePage(uint64_t size) { return std::malloc(size); }
 void freePage(void* page) { std::free(page); }
@@ -82,11 +85,14 @@ constexpr Step kSteps[] = {
        errors::makeStandardErrors();
        return registerService(errorService());
      }},
+    {"start: container service", [] { return registerService(containerService()); }},
     {"start: string service",
      [] {
        atoms::addTableUser();
        return registerService(atomService());
      }},
+    {"start: shared-buffer service", [] { return registerService(sharedBufferService()); }},
+    {"start: progress service", [] { return registerService(progressService()); }},
     {"start: event service",
      [] {
        events::connectCounters();
@@ -102,6 +108,7 @@ constexpr Step kSteps[] = {
      }},
     {"stop: registry and event counters",
      [] {
+       buffers::forgetClientProcs();
        releaseClientErrors();
        terminateLazyList(lazyList);
        return true;
@@ -112,6 +119,7 @@ constexpr Step kSteps[] = {
        registry::unbindMemory();
        frame::releaseStreamNames();
        errors::releaseStandardErrors();
+       container::excuseRecycledNames();
        atoms::dropTableUser();
        processAllocator.releasePages();
        return true;
