@@ -81,11 +81,13 @@ class ZEBAllocator {
   // From these sizes on the slack needs no arithmetic.
   static constexpr uint64_t kMostSlackFrom = 4000;
   static constexpr uint64_t kLeastSlackBelow = 320;
+  // No block is larger than half of the address space; malloc need not be asked.
+  static constexpr uint64_t kLargestDirect = ~uint64_t{0} / 2;
 
   // Null when there is no memory or the size cannot be represented.
   [[nodiscard]] static void* allocDirect(uint64_t size) noexcept {
     const auto bytes = zeb::checkedAdd(size, kDirectHeaderBytes + slackFor(size));
-    if (!bytes) return nullptr;
+    if (!bytes || *bytes > kLargestDirect) return nullptr;
     auto* header = static_cast<DirectHeader*>(std::malloc(*bytes));
     if (header == nullptr) return nullptr;
     header->requested = size;

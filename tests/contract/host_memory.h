@@ -141,6 +141,7 @@ class HostMemory {
       if (books.throwOnFailure) throw HostException();
       return nullptr;
     }
+    if (size > ~std::uint64_t{0} / 2) return nullptr;  // malloc need not be asked
     void* block = std::malloc(size == 0 ? 1 : size);
     if (block == nullptr) return nullptr;
     std::memset(block, 0xA5, size);
