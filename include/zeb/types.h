@@ -34,6 +34,11 @@ typedef struct ZEBEventCounter ZEBEventCounter; /* a named tally (event.h) */
 typedef struct ZEBContainer ZEBContainer;       /* a component (container.h) */
 typedef struct ZEBSharedBuffer ZEBSharedBuffer; /* a block of bytes (shared_buffer.h) */
 typedef struct ZEBProgress ZEBProgress;         /* a listener to progress (progress.h) */
+typedef struct ZEBCacheID ZEBCacheID;           /* a result worth keeping (cache.h) */
+typedef struct ZEBCachePurge ZEBCachePurge;     /* a walk that evicts results (cache.h) */
+typedef struct ZEBCacheSet ZEBCacheSet;         /* results filed under keys (cache.h) */
+typedef struct ZEBDataSink ZEBDataSink;         /* a consumer of bytes, or a filter (filter.h) */
+typedef struct ZEBChainState ZEBChainState;     /* where a chain of filters ended (filter.h) */
 
 /*
  * Finds a proc by its three names.

@@ -29,8 +29,8 @@ struct InterfaceMethods : double_linked_list_element<InterfaceMethods, ZEBDLLEPa
 
 struct Instance : double_linked_list_element<Instance, ZEBDLLEParent> {
   atoms::Ref name;
-  ZEBContainerDestroy destroy;  // never null
-  void* data;
+  ZEBContainerDestroy destroy = nullptr;  // set before anybody sees it, never null then
+  void* data = nullptr;
 
   // Destroys the data, once.
   void end() noexcept;
