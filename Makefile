@@ -56,7 +56,7 @@ help: ## Show this list
 ##@ Gates
 
 gates := gate-floors gate-format gate-exports gate-hardening gate-asan gate-tsan gate-clang \
-  gate-tidy gate-memcheck gate-bench
+  gate-tidy gate-memcheck gate-consume gate-bench
 .PHONY: $(gates) gate-packages
 gates: $(gates) demo ## All of them, and the demo
 
@@ -94,6 +94,10 @@ gate-tidy: gate-packages ## clang-tidy finds nothing
 gate-memcheck: gate-packages release ## The tests of each room under valgrind
 	$(heading) 'the tests under valgrind'
 	$(ctest) release -C Memcheck -L memcheck
+
+gate-consume: gate-packages release ## A stranger's project comes by the library, in every way
+	$(heading) 'every way to the library for another project'
+	$(ctest) release -C Consume -L consume
 
 gate-bench: $(bench) ## Every row of the benchmark, briefly
 	$(heading) 'a short run of all rows'

@@ -10,7 +10,8 @@ declare -A packages=(
   [demo]="zlib1g-dev libxxhash-dev libfmt-dev libcli11-dev"
   [bench]="libbenchmark-dev libglib2.0-dev libboost-dev libjemalloc-dev libmimalloc-dev libabsl-dev
            libtbb-dev libfmt-dev libcli11-dev"
-  [gates]="clang clang-format clang-tidy libclang-rt-14-dev valgrind binutils gcovr"
+  [gates]="clang clang-format clang-tidy libclang-rt-14-dev valgrind binutils gcovr
+           dpkg-dev file"
 )
 
 # missing <group>...: prints the packages of the groups that are not installed.

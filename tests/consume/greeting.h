@@ -1,0 +1,15 @@
+/* What the module publishes and the host calls. */
+#ifndef GREETING_H
+#define GREETING_H
+
+#include <zeb/zeb.h>
+
+#define GREETING_INTERFACE "GreetingInterface"
+
+/* The greeting as an atom; the caller owns one reference. */
+typedef ZEBString* (*GreetingProc)(void);
+
+/* Exported by the module: publishes its interface; 1 on success. */
+typedef int32_t (*StartModule)(ZEBGetProcAddress find);
+
+#endif
