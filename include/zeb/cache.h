@@ -116,8 +116,7 @@ typedef void (*ZEBCacheUpdateCostProc)(ZEBCacheID *id, int32_t sizeChange,
 
 /*
  * Stores the size and the cache time, both truncated to 32 bits, and the cost without its fraction.
- * If any argument is null nothing is stored. The three may be of different moments while another
- * thread changes them. [any-thread]
+ * If any argument is null nothing is stored. [any-thread]
  */
 typedef void (*ZEBCacheReturnCostProc)(ZEBCacheID *id, uint32_t *size, int64_t *cost,
                                        uint32_t *cacheTime);
