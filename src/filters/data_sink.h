@@ -44,7 +44,8 @@ namespace zeb::filters {
 class ClientPart {
  public:
   // Owns the data from here on.
-  ClientPart(void* data, ZEBFilterClientWrite writeProc, ZEBFilterClientDestroy destroyProc) noexcept
+  ClientPart(void* data, ZEBFilterClientWrite writeProc,
+             ZEBFilterClientDestroy destroyProc) noexcept
       : data_(data),
         write_(writeProc != nullptr ? writeProc : missingWrite),
         destroy_(destroyProc) {}
