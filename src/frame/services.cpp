@@ -9,6 +9,7 @@
 #include "errors/standard_errors.h"
 #include "events/event_binding.h"
 #include "events/event_service.h"
+#include "filters/filter_service.h"
 #include "memory/memory_services.h"
 #include "registry/memory_binding.h"
 #include "registry/proc_registry.h"
@@ -32,6 +33,7 @@ constexpr Service kServices[] = {
     {sharedBufferService, nullptr},
     {cacheService, cache::prepare},
     {progressService, nullptr},
+    {filterService, nullptr},
     {eventService, events::connectCounters},
 };
 
