@@ -29,7 +29,7 @@ struct LazyLevels {
 // cannot be reached through `getProcAddress`, or when an object fails; what was initialised is then
 // terminated again. By one thread, while no other uses the module's objects.
 [[nodiscard]] inline bool startClient(ZEBGetProcAddress getProcAddress,
-                                      const LazyLevels &levels = {}, Module &module = thisModule) {
+                                      const LazyLevels& levels = {}, Module& module = thisModule) {
   if (module.started || getProcAddress == nullptr) return false;
   ZEBFrameProcs frame{};
   if (ZEBFetchFrameProcs(getProcAddress, &frame) == 0) return false;
@@ -41,7 +41,7 @@ struct LazyLevels {
 
 // Terminates all of the module's lazy objects; afterwards it may be started again. Does nothing for
 // a module that is not started. By one thread, while no other uses the module's objects.
-inline void stopClient(Module &module = thisModule) {
+inline void stopClient(Module& module = thisModule) {
   if (!module.started) return;
   module.started = false;
   terminateLazyObjects(module.lazyList.head());

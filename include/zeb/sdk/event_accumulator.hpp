@@ -40,15 +40,15 @@ class EventAccumulator final : public LazyTerminate {
   // `reportName` is relative to the executable's directory and not copied; without one there is no
   // report. The report leaves out counters whose criticality is below the threshold and, with
   // `onlySignalled`, counters that counted nothing.
-  EventAccumulator(const char *reportName, int32_t threshold, bool onlySignalled,
-                   Module &module = thisModule) noexcept
+  EventAccumulator(const char* reportName, int32_t threshold, bool onlySignalled,
+                   Module& module = thisModule) noexcept
       : LazyTerminate(kLevel, module.lazyList),
         events_(module.events),
         reportName_(reportName),
         threshold_(threshold),
         onlySignalled_(onlySignalled) {}
-  EventAccumulator(const EventAccumulator &) = delete;
-  EventAccumulator &operator=(const EventAccumulator &) = delete;
+  EventAccumulator(const EventAccumulator&) = delete;
+  EventAccumulator& operator=(const EventAccumulator&) = delete;
   // Without a stop before it there is no report, and the service of the records may be gone.
   ~EventAccumulator() override { forget(); }
 
@@ -95,9 +95,9 @@ class EventAccumulator final : public LazyTerminate {
   }
 
   // What has been accumulated for the counter of this name, compared as text.
-  [[nodiscard]] std::optional<ZEBEventRecord> find(const char *name) const {
+  [[nodiscard]] std::optional<ZEBEventRecord> find(const char* name) const {
     const std::lock_guard guard(lock_);
-    for (const ZEBEventRecord &record : accumulated_.records()) {
+    for (const ZEBEventRecord& record : accumulated_.records()) {
       if (name != nullptr && record.name != nullptr && std::strcmp(record.name, name) == 0) {
         return record;
       }
@@ -118,9 +118,9 @@ class EventAccumulator final : public LazyTerminate {
 
   // The counter's record in another snapshot. Mostly nothing was registered in between, and it has
   // the same index there.
-  static const ZEBEventRecord *sameCounter(Records records, const char *name, size_t index) {
+  static const ZEBEventRecord* sameCounter(Records records, const char* name, size_t index) {
     if (index < records.size() && records[index].name == name) return &records[index];
-    for (const ZEBEventRecord &record : records) {
+    for (const ZEBEventRecord& record : records) {
       if (record.name == name) return &record;
     }
     return nullptr;
@@ -137,7 +137,7 @@ class EventAccumulator final : public LazyTerminate {
   void adopt(EventSnapshot start, Records end) {
     const Records records = start.records();
     for (size_t i = 0; i < records.size(); ++i) {
-      const ZEBEventRecord *ended = sameCounter(end, records[i].name, i);
+      const ZEBEventRecord* ended = sameCounter(end, records[i].name, i);
       records[i].total = ended != nullptr ? difference(ended->total, records[i].total) : 0;
     }
     accumulated_ = std::move(start);
@@ -146,14 +146,14 @@ class EventAccumulator final : public LazyTerminate {
   void add(Records start, Records end) {
     const Records records = accumulated_.records();
     for (size_t i = 0; i < records.size(); ++i) {
-      const ZEBEventRecord *started = sameCounter(start, records[i].name, i);
-      const ZEBEventRecord *ended = sameCounter(end, records[i].name, i);
+      const ZEBEventRecord* started = sameCounter(start, records[i].name, i);
+      const ZEBEventRecord* ended = sameCounter(end, records[i].name, i);
       if (started == nullptr || ended == nullptr) continue;
       records[i].total = sum(records[i].total, difference(ended->total, started->total));
     }
   }
 
-  [[nodiscard]] std::FILE *openReport() const noexcept {
+  [[nodiscard]] std::FILE* openReport() const noexcept {
     if (reportName_ == nullptr) return nullptr;
     try {
       return std::fopen(besideExecutable(reportName_).c_str(), "w+");
@@ -167,7 +167,7 @@ class EventAccumulator final : public LazyTerminate {
     report_ = nullptr;
   }
 
-  void put(const char *text) const { (void)std::fputs(text, report_); }
+  void put(const char* text) const { (void)std::fputs(text, report_); }
 
   void writeReport() const {
     Line line{};
@@ -187,7 +187,7 @@ class EventAccumulator final : public LazyTerminate {
   // True when there was a record to write.
   [[nodiscard]] bool writeRecords() const {
     bool written = false;
-    for (const ZEBEventRecord &record : accumulated_.records()) {
+    for (const ZEBEventRecord& record : accumulated_.records()) {
       if (record.criticality < threshold_) continue;
       if (onlySignalled_ && record.total <= 0) continue;
       writeRecord(record);
@@ -196,7 +196,7 @@ class EventAccumulator final : public LazyTerminate {
     return written;
   }
 
-  void writeRecord(const ZEBEventRecord &record) const {
+  void writeRecord(const ZEBEventRecord& record) const {
     const auto total = static_cast<double>(record.total);
     Line line{};
     (void)std::snprintf(line.data(), line.size(),
@@ -207,7 +207,7 @@ class EventAccumulator final : public LazyTerminate {
     put(line.data());
   }
 
-  [[nodiscard]] const char *reasonForNoRecords() const {
+  [[nodiscard]] const char* reasonForNoRecords() const {
     if (!accumulated_.records().empty()) return "\n(no events occured meeting given criteria)";
     return countersCanBeMade() ? "\n(no registered events)" : "\n(ZEB event registry unsupported)";
   }
@@ -215,20 +215,20 @@ class EventAccumulator final : public LazyTerminate {
   [[nodiscard]] bool countersCanBeMade() const {
     const auto procs = events_.procs();
     if (!procs) return false;
-    ZEBEventCounter *trial = procs->NewEventCounter("trial", 0);
+    ZEBEventCounter* trial = procs->NewEventCounter("trial", 0);
     if (trial == nullptr) return false;
     procs->DeleteEventCounter(trial);
     return true;
   }
 
-  EventBinding &events_;
-  const char *const reportName_;
+  EventBinding& events_;
+  const char* const reportName_;
   const int32_t threshold_;
   const bool onlySignalled_;
   std::atomic<int32_t> openSessions_{0};
 
   mutable std::mutex lock_;  // guards what follows
-  std::FILE *report_ = nullptr;
+  std::FILE* report_ = nullptr;
   int32_t sessions_ = 0;
   EventSnapshot accumulated_;
 };
@@ -236,14 +236,14 @@ class EventAccumulator final : public LazyTerminate {
 // A session, from its construction to its destruction.
 class EventSession {
  public:
-  explicit EventSession(EventAccumulator &accumulator)
+  explicit EventSession(EventAccumulator& accumulator)
       : accumulator_(accumulator), start_(accumulator.beginSession()) {}
-  EventSession(const EventSession &) = delete;
-  EventSession &operator=(const EventSession &) = delete;
+  EventSession(const EventSession&) = delete;
+  EventSession& operator=(const EventSession&) = delete;
   ~EventSession() { accumulator_.endSession(std::move(start_)); }
 
  private:
-  EventAccumulator &accumulator_;
+  EventAccumulator& accumulator_;
   EventSnapshot start_;
 };
 

@@ -18,11 +18,11 @@ namespace zeb::sdk {
 class EventBinding {
  public:
   constexpr EventBinding() noexcept = default;
-  EventBinding(const EventBinding &) = delete;
-  EventBinding &operator=(const EventBinding &) = delete;
+  EventBinding(const EventBinding&) = delete;
+  EventBinding& operator=(const EventBinding&) = delete;
 
   // `changeCounter` is the address that ZEBGetUnregisterCountAddr answered.
-  void connect(ZEBGetProcAddress getProcAddress, uint32_t *changeCounter) {
+  void connect(ZEBGetProcAddress getProcAddress, uint32_t* changeCounter) {
     const std::lock_guard guard(lock_);
     getProcAddress_ = getProcAddress;
     changeCounter_ = changeCounter;
@@ -72,7 +72,7 @@ class EventBinding {
 
   std::mutex lock_;
   ZEBGetProcAddress getProcAddress_ = nullptr;
-  uint32_t *changeCounter_ = nullptr;
+  uint32_t* changeCounter_ = nullptr;
   ZEBEventProcs procs_{};
   uint32_t fetchedAt_ = 0;
   bool fetched_ = false;

@@ -19,7 +19,7 @@ class EventCounter final : public LazyTerminate {
   static constexpr int32_t kLevel = 1;
 
   // The name is not copied.
-  EventCounter(const char *name, int32_t criticality, Module &module = thisModule) noexcept
+  EventCounter(const char* name, int32_t criticality, Module& module = thisModule) noexcept
       : LazyTerminate(kLevel, module.lazyList),
         events_(module.events),
         name_(name),
@@ -47,15 +47,15 @@ class EventCounter final : public LazyTerminate {
     if (handle_ != nullptr) signal_(handle_, amount);
   }
 
-  [[nodiscard]] const char *name() const noexcept { return name_; }
+  [[nodiscard]] const char* name() const noexcept { return name_; }
   [[nodiscard]] int32_t criticality() const noexcept { return criticality_; }
   [[nodiscard]] bool registered() const noexcept { return handle_ != nullptr; }
 
  private:
-  EventBinding &events_;
-  const char *const name_;
+  EventBinding& events_;
+  const char* const name_;
   const int32_t criticality_;
-  ZEBEventCounter *handle_ = nullptr;
+  ZEBEventCounter* handle_ = nullptr;
   // Of the service that made the handle: one that replaces it later knows nothing of it.
   ZEBSignalEventCounterProc signal_ = nullptr;
   ZEBDeleteEventCounterProc remove_ = nullptr;

@@ -19,23 +19,23 @@
 namespace zeb::sdk {
 
 #if defined(_WIN32)
-inline constexpr const char *kPathSeparators = "\\/";
+inline constexpr const char* kPathSeparators = "\\/";
 
 // Stores the executable's path; answers its length, or that of the room when it does not fit.
-inline size_t readExecutablePath(std::vector<char> &room) {
+inline size_t readExecutablePath(std::vector<char>& room) {
   return GetModuleFileNameA(nullptr, room.data(), static_cast<DWORD>(room.size()));
 }
-inline bool isAbsolutePath(const std::string &path) {
+inline bool isAbsolutePath(const std::string& path) {
   return path.find(':') != std::string::npos || path.find_first_of(kPathSeparators) == 0;
 }
 #else
-inline constexpr const char *kPathSeparators = "/";
+inline constexpr const char* kPathSeparators = "/";
 
-inline size_t readExecutablePath(std::vector<char> &room) {
+inline size_t readExecutablePath(std::vector<char>& room) {
   const ssize_t length = readlink("/proc/self/exe", room.data(), room.size());
   return length > 0 ? static_cast<size_t>(length) : 0;
 }
-inline bool isAbsolutePath(const std::string &path) { return path.starts_with('/'); }
+inline bool isAbsolutePath(const std::string& path) { return path.starts_with('/'); }
 #endif
 
 // The directory, with its last separator; empty when the system does not tell.
@@ -51,7 +51,7 @@ inline std::string executableDirectory() {
 }
 
 // A path that is relative to the executable's directory, made absolute.
-inline std::string besideExecutable(const std::string &path) {
+inline std::string besideExecutable(const std::string& path) {
   return isAbsolutePath(path) ? path : executableDirectory() + path;
 }
 

@@ -18,27 +18,27 @@ class LazyTerminate;
 class LazyList {
  public:
   constexpr LazyList() noexcept = default;
-  LazyList(const LazyList &) = delete;
-  LazyList &operator=(const LazyList &) = delete;
+  LazyList(const LazyList&) = delete;
+  LazyList& operator=(const LazyList&) = delete;
 
   // The object that was constructed last; null when there is none.
-  [[nodiscard]] LazyTerminate *head() const noexcept { return head_; }
+  [[nodiscard]] LazyTerminate* head() const noexcept { return head_; }
 
  private:
   friend class LazyTerminate;
-  LazyTerminate *head_ = nullptr;
+  LazyTerminate* head_ = nullptr;
 };
 
 class LazyTerminate {
  public:
   // The list outlives the object.
-  LazyTerminate(int32_t level, LazyList &list) noexcept
+  LazyTerminate(int32_t level, LazyList& list) noexcept
       : level_(level), list_(list), older_(list.head_) {
     if (older_ != nullptr) older_->newer_ = this;
     list.head_ = this;
   }
-  LazyTerminate(const LazyTerminate &) = delete;
-  LazyTerminate &operator=(const LazyTerminate &) = delete;
+  LazyTerminate(const LazyTerminate&) = delete;
+  LazyTerminate& operator=(const LazyTerminate&) = delete;
   virtual ~LazyTerminate() {
     (newer_ != nullptr ? newer_->older_ : list_.head_) = older_;
     if (older_ != nullptr) older_->newer_ = newer_;
@@ -53,13 +53,13 @@ class LazyTerminate {
 
   [[nodiscard]] int32_t level() const noexcept { return level_; }
   // The object constructed before this one.
-  [[nodiscard]] LazyTerminate *older() const noexcept { return older_; }
+  [[nodiscard]] LazyTerminate* older() const noexcept { return older_; }
 
  private:
   const int32_t level_;
-  LazyList &list_;
-  LazyTerminate *older_;
-  LazyTerminate *newer_ = nullptr;
+  LazyList& list_;
+  LazyTerminate* older_;
+  LazyTerminate* newer_ = nullptr;
 };
 
 }  // namespace zeb::sdk

@@ -15,15 +15,15 @@ inline constexpr int32_t kHighestLazyLevel = 65000;
 
 // Terminates every object before `end`, whatever its level, in list order.
 template <class Object>
-void terminateLazyObjects(Object *head, const Object *end = nullptr) {
-  for (Object *object = head; object != end; object = object->older()) object->terminate();
+void terminateLazyObjects(Object* head, const Object* end = nullptr) {
+  for (Object* object = head; object != end; object = object->older()) object->terminate();
 }
 
 // Initialises the objects whose level lies within the bounds, in list order. When one fails, the
 // objects before it are terminated, and the result is false.
 template <class Object>
-bool initialiseLazyObjects(Object *head, int32_t lowest, int32_t highest) {
-  for (Object *object = head; object != nullptr; object = object->older()) {
+bool initialiseLazyObjects(Object* head, int32_t lowest, int32_t highest) {
+  for (Object* object = head; object != nullptr; object = object->older()) {
     if (object->level() < lowest || object->level() > highest) continue;
     if (object->initialise()) continue;
     terminateLazyObjects(head, object);

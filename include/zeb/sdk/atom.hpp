@@ -1,0 +1,36 @@
+// Atoms: interned texts. Equal texts are the same atom, so comparing two is comparing pointers.
+#ifndef ZEB_SDK_ATOM_HPP
+#define ZEB_SDK_ATOM_HPP
+
+#include <string_view>
+
+#include "zeb/sdk/error.hpp"
+
+namespace zeb::sdk {
+
+class Atom : public Owner<detail::AtomCounting> {
+ public:
+  using Base = Owner<detail::AtomCounting>;
+
+  Atom() noexcept = default;
+  // Throws std::bad_alloc when memory is short.
+  explicit Atom(const char* text) : Base(adopt(procs<Strings>().NewStringAtom(text))) {
+    if (text != nullptr && get() == nullptr) throw std::bad_alloc();
+  }
+  // Takes a reference over.
+  explicit Atom(ZEBString* owned) noexcept : Base(adopt(owned)) {}
+
+  [[nodiscard]] Atom share() const { return Atom(Base::share().handOver()); }
+
+  // Lives as long as the atom, zero-terminated; empty for none.
+  [[nodiscard]] std::string_view text() const {
+    const char* text = procs<Strings>().GetCString(get());
+    return text != nullptr ? text : "";
+  }
+
+  friend bool operator==(const Atom& a, const Atom& b) noexcept { return a.get() == b.get(); }
+};
+
+}  // namespace zeb::sdk
+
+#endif

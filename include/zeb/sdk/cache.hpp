@@ -1,0 +1,168 @@
+// Cached results, in one call:
+//
+//   CacheSet<std::string, Picture> pictures;
+//   auto picture = pictures.get(path, [&] { return CachedResult{decode(path), bytes}; });
+//   draw(*picture);
+//
+// The result is made when nobody has made it yet, or when it was evicted since; the time that takes
+// is its cost, by which the library decides what to evict first. While a Pinned lives, its result
+// stays.
+#ifndef ZEB_SDK_CACHE_HPP
+#define ZEB_SDK_CACHE_HPP
+
+#include <concepts>
+#include <functional>
+#include <memory>
+#include <type_traits>
+
+#include "zeb/sdk/error.hpp"
+
+namespace zeb::sdk {
+
+// What a maker returns: the value and its size, in the unit of the cache's total (bytes, usually).
+template <class Value>
+struct CachedResult {
+  Value value;
+  uint64_t size;
+};
+template <class Value>
+CachedResult(Value, uint64_t) -> CachedResult<Value>;
+
+// A cached value that cannot be evicted as long as this object lives.
+template <class Value>
+class Pinned {
+ public:
+  Pinned(Pinned&& other) noexcept
+      : id_(std::exchange(other.id_, nullptr)), value_(std::exchange(other.value_, nullptr)) {}
+  Pinned& operator=(Pinned&& other) noexcept {
+    std::swap(id_, other.id_);
+    std::swap(value_, other.value_);
+    return *this;
+  }
+  Pinned(const Pinned&) = delete;
+  Pinned& operator=(const Pinned&) = delete;
+  ~Pinned() {
+    const auto* cache = tryProcs<Cache>();
+    if (id_ != nullptr && cache != nullptr) cache->MarkPurge(id_);
+  }
+
+  [[nodiscard]] const Value& operator*() const noexcept { return *value_; }
+  [[nodiscard]] const Value* operator->() const noexcept { return value_; }
+
+ private:
+  template <class, class, class>
+  friend class CacheSet;
+  Pinned(ZEBCacheID* id, const Value* value) noexcept : id_(id), value_(value) {}
+
+  ZEBCacheID* id_;  // pinned; the pin holds a reference
+  const Value* value_;
+};
+
+// Results of one kind under keys. Any thread may call anything; makers run without a lock, and when
+// two threads make the same result at once, the first one's is kept by both.
+template <class Key, class Value, class Less = std::less<Key>>
+class CacheSet {
+ public:
+  static_assert(std::is_empty_v<Less> && std::is_default_constructible_v<Less>,
+                "the order is called by a C procedure, which has no room for an object");
+
+  CacheSet() : set_(procs<Cache>().NewCacheSet(&isBefore)) {
+    if (set_ == nullptr) throw std::bad_alloc();
+    procs<Cache>().AddRefCacheSet(set_);
+  }
+  CacheSet(const CacheSet&) = delete;
+  CacheSet& operator=(const CacheSet&) = delete;
+  // What is pinned still lives on until its Pinned ends.
+  ~CacheSet() {
+    if (const auto* cache = tryProcs<Cache>()) cache->DeleteCacheSet(set_);
+  }
+
+  // The result under the key; `make()` makes it when it is not there. What the maker throws passes
+  // through, and nothing is kept then. Throws std::bad_alloc.
+  template <class Make>
+  requires std::convertible_to<std::invoke_result_t<Make&>, CachedResult<Value>>
+  [[nodiscard]] Pinned<Value> get(const Key& key, Make make) {
+    const auto& cache = procs<Cache>();
+    for (;;) {
+      // The search compares keys only; it does not change what it is given.
+      ZEBCacheID* id = cache.SearchForID(set_, const_cast<Key*>(&key), ZEB_CACHE_FIND_EQUAL);
+      if (id == nullptr) throw std::bad_alloc();
+      uint64_t begin = 0;
+      void* data = cache.MarkNoPurge(id, &begin, 1);
+      cache.Release(id);  // the pin keeps it
+      Pinned<Value> pinned(id, valueOf(data));
+      if (data != nullptr) return pinned;
+
+      std::unique_ptr<Entry> entry = makeEntry(key, make);
+      const uint64_t size = entry->size;
+      // The reference that this call may exchange for one to somebody else's result.
+      cache.AddRef(id);
+      ZEBCacheID* filed = id;
+      data = cache.Attach(&filed, &entry->key, set_, size, &deleteEntry, &begin);
+      if (data == &entry->key) {
+        pinned.value_ = &entry.release()->value;
+        cache.Release(filed);
+        return pinned;
+      }
+      if (data == nullptr) {
+        cache.Release(filed);
+        throw std::bad_alloc();
+      }
+      // Somebody was faster. Pinning can still find that the result has been evicted already.
+      const void* theirs = cache.MarkNoPurge(filed, nullptr, 1);
+      cache.Release(filed);
+      Pinned<Value> other(filed, valueOf(theirs));
+      if (theirs != nullptr) return other;
+    }
+  }
+
+  // The result under the key, or nothing when there is none. For looking without making.
+  [[nodiscard]] bool contains(const Key& key) {
+    const auto& cache = procs<Cache>();
+    ZEBCacheID* id = cache.SearchForID(set_, const_cast<Key*>(&key), ZEB_CACHE_FIND_EQUAL);
+    if (id == nullptr) return false;
+    uint32_t size = 0;
+    int64_t cost = 0;
+    uint32_t time = 0;
+    cache.ReturnCost(id, &size, &cost, &time);
+    cache.Release(id);
+    return size != 0;
+  }
+
+  // Forgets the result under the key; one that is pinned lives on until its Pinned ends.
+  void remove(const Key& key) {
+    procs<Cache>().RemoveID(set_, const_cast<Key*>(&key), ZEB_CACHE_FIND_EQUAL);
+  }
+
+ private:
+  // The key leads: the library knows an entry by the address of its key.
+  struct Entry {
+    Key key;
+    Value value;
+    uint64_t size;
+  };
+
+  static const Value* valueOf(const void* key) noexcept {
+    return key != nullptr ? &static_cast<const Entry*>(key)->value : nullptr;
+  }
+
+  template <class Make>
+  static std::unique_ptr<Entry> makeEntry(const Key& key, Make& make) {
+    CachedResult<Value> made = make();
+    return std::unique_ptr<Entry>(new Entry{key, std::move(made.value), made.size});
+  }
+
+  static int32_t isBefore(void* a, void* b) noexcept {
+    return Less{}(*static_cast<const Key*>(a), *static_cast<const Key*>(b)) ? 1 : 0;
+  }
+
+  static void deleteEntry(void* key, int32_t /*survives*/) noexcept {
+    delete static_cast<Entry*>(key);
+  }
+
+  ZEBCacheSet* set_;
+};
+
+}  // namespace zeb::sdk
+
+#endif

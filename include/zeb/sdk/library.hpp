@@ -1,0 +1,118 @@
+// The library from a host's side: started by a constructor, stopped by the end of the scope.
+//
+//   const Library library = Library::load("libzeb.so.4", {});   // by path
+//   const Library library = Library::linked({});                // linked with zeb::zeb
+#ifndef ZEB_SDK_LIBRARY_HPP
+#define ZEB_SDK_LIBRARY_HPP
+
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <dlfcn.h>
+#endif
+
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+#include "zeb/sdk/binding.hpp"
+
+namespace zeb::sdk {
+
+// What a host chooses when it starts the library; see ZEBInitialize4 in exports.h.
+struct StartOptions {
+  ZEBPageAlloc pageAlloc = nullptr;
+  ZEBPageFree pageFree = nullptr;
+  ZEBObjAlloc objAlloc = nullptr;
+  ZEBObjRealloc objRealloc = nullptr;
+  ZEBObjFree objFree = nullptr;
+  ZEBObjSize objSize = nullptr;
+  ZEBErrorReport errorReport = nullptr;
+  ZEBPurgeRequest purgeRequest = nullptr;
+  uint32_t flags = ZEB_FLAG_MULTI_THREADED;
+  // Never 0. After a stop, what stop() returned.
+  uint32_t unregisterCountStart = 1;
+  uint64_t hostValue = 0;
+};
+
+// The library could not be loaded or refused to start; what() says which.
+class StartFailure : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+class Library {
+ public:
+  // Loads the shared library by path or name, and starts it. It stays loaded: objects that outlive
+  // the stop, as errors may, still need its code. Throws StartFailure.
+  [[nodiscard]] static Library load(const std::string& path, const StartOptions& options = {}) {
+    Exports exports{};
+#ifdef _WIN32
+    const HMODULE module = LoadLibraryA(path.c_str());
+    if (module == nullptr) throw StartFailure(path + " could not be loaded");
+    exports.start = reinterpret_cast<ZEBInitialize4Function>(
+        reinterpret_cast<void*>(GetProcAddress(module, "ZEBInitialize4")));
+    exports.stop = reinterpret_cast<ZEBTerminateFunction>(
+        reinterpret_cast<void*>(GetProcAddress(module, "ZEBTerminate")));
+#else
+    void* module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+    if (module == nullptr) throw StartFailure(dlerror());
+    exports.start = reinterpret_cast<ZEBInitialize4Function>(dlsym(module, "ZEBInitialize4"));
+    exports.stop = reinterpret_cast<ZEBTerminateFunction>(dlsym(module, "ZEBTerminate"));
+#endif
+    if (exports.start == nullptr || exports.stop == nullptr) {
+      throw StartFailure(path + " is not libzeb");
+    }
+    return Library(exports, options);
+  }
+
+  // The library that the host is linked with. A template only so that a host which loads the
+  // library by path needs no symbol of it.
+  template <class Options = StartOptions>
+  [[nodiscard]] static Library linked(const Options& options = {}) {
+    return Library({&ZEBInitialize4, &ZEBTerminate}, options);
+  }
+
+  Library(Library&& other) noexcept : stop_(std::exchange(other.stop_, nullptr)) {}
+  Library& operator=(Library&&) = delete;
+  ~Library() { (void)stop(); }
+
+  // What modules are handed.
+  [[nodiscard]] ZEBGetProcAddress find() const noexcept { return lookUp(); }
+
+  // Stops the library and returns where the change counter stood, for the next start; 0 when it was
+  // stopped already. What the caches keep goes first, while the host's allocator is still in place.
+  uint32_t stop() noexcept {
+    if (stop_ == nullptr) return 0;
+    if (const auto* cache = tryProcs<Cache>()) cache->PurgeAllStaticCaches(nullptr);
+    detach();
+    return std::exchange(stop_, nullptr)();
+  }
+
+ private:
+  struct Exports {
+    ZEBInitialize4Function start;
+    ZEBTerminateFunction stop;
+  };
+
+  Library(const Exports& exports, const StartOptions& options) : stop_(exports.stop) {
+    const ZEBGetProcAddress found =
+        exports.start(options.pageAlloc, options.pageFree, options.objAlloc, options.objRealloc,
+                      options.objFree, options.objSize, options.errorReport, options.purgeRequest,
+                      options.flags, options.unregisterCountStart, options.hostValue);
+    if (found == nullptr) {
+      throw StartFailure(
+          "libzeb refused to start: it runs with another host's allocators, or memory is short");
+    }
+    if (!attach(found)) {
+      stop_();
+      throw StartFailure("libzeb lacks its own interface");
+    }
+  }
+
+  ZEBTerminateFunction stop_;
+};
+
+}  // namespace zeb::sdk
+
+#endif

@@ -1,0 +1,146 @@
+// A proc's signature as a text, for the guard against a changed argument list under an unchanged
+// name.
+//
+// A publisher puts the text beside each proc (publication.hpp), under the proc's name with
+// "#signature" behind it; a binding compares it with the text of the type that it was compiled with
+// and refuses the interface when they differ. What was published without texts binds as ever.
+//
+// Fundamental types are told apart by kind, size and sign, so that the text is the same under every
+// compiler: "i32(*ZEBContainer,*const i8,u64)".
+#ifndef ZEB_SDK_SIGNATURE_HPP
+#define ZEB_SDK_SIGNATURE_HPP
+
+#include <array>
+#include <cstddef>
+#include <string_view>
+#include <type_traits>
+
+#include "zeb/types.h"
+
+namespace zeb::sdk {
+
+// Published beside a guarded proc.
+using SignatureProc = const char* (*)();
+inline constexpr std::string_view kSignatureSuffix = "#signature";
+
+namespace detail {
+
+// A text made at compile time: it is written twice, once to count and once to keep.
+template <std::size_t Capacity>
+struct TextWriter {
+  std::array<char, Capacity + 1> text{};
+  std::size_t length = 0;
+
+  constexpr void put(char c) {
+    if constexpr (Capacity != 0) text[length] = c;
+    ++length;
+  }
+  constexpr void put(std::string_view piece) {
+    for (char c : piece) put(c);
+  }
+};
+
+// The name of a class or enumeration as the compiler writes it.
+template <class T>
+constexpr std::string_view typeName() {
+  std::string_view name =
+#if defined(__clang__) || defined(__GNUC__)
+      __PRETTY_FUNCTION__;
+  name.remove_prefix(name.find("T = ") + 4);
+  return name.substr(0, name.find_first_of(";]"));
+#else
+      __FUNCSIG__;
+  name.remove_prefix(name.find("typeName<") + 9);
+  name = name.substr(0, name.rfind(">("));
+  if (const auto space = name.find(' '); space != name.npos) name.remove_prefix(space + 1);
+  return name;
+#endif
+}
+
+template <class Writer>
+constexpr void putSize(Writer& writer, std::size_t bytes) {
+  const std::size_t bits = bytes * 8;
+  if (bits >= 100) writer.put(static_cast<char>('0' + bits / 100));
+  if (bits >= 10) writer.put(static_cast<char>('0' + bits / 10 % 10));
+  writer.put(static_cast<char>('0' + bits % 10));
+}
+
+template <class T>
+struct TypeText {
+  template <class Writer>
+  static constexpr void put(Writer& writer) {
+    if constexpr (std::is_const_v<T>) {
+      writer.put("const ");
+      TypeText<std::remove_const_t<T>>::put(writer);
+    } else if constexpr (std::is_void_v<T>) {
+      writer.put("void");
+    } else if constexpr (std::is_enum_v<T> || std::is_class_v<T> || std::is_union_v<T>) {
+      writer.put(typeName<T>());
+    } else if constexpr (std::is_floating_point_v<T>) {
+      writer.put('f');
+      putSize(writer, sizeof(T));
+    } else {
+      static_assert(std::is_integral_v<T>, "a proc passes numbers, pointers and plain structs");
+      // Plain char is what texts are made of, signed here and unsigned there.
+      const bool isSigned = std::is_signed_v<T> || std::is_same_v<T, char>;
+      writer.put(std::is_same_v<T, bool> ? 'b' : isSigned ? 'i' : 'u');
+      putSize(writer, sizeof(T));
+    }
+  }
+};
+
+template <class T>
+struct TypeText<T*> {
+  template <class Writer>
+  static constexpr void put(Writer& writer) {
+    writer.put('*');
+    TypeText<T>::put(writer);
+  }
+};
+
+template <class Result, class... Arguments, bool NoThrow>
+struct TypeText<Result(Arguments...) noexcept(NoThrow)> {
+  template <class Writer>
+  static constexpr void put(Writer& writer) {
+    TypeText<Result>::put(writer);
+    writer.put('(');
+    [[maybe_unused]] bool first = true;
+    ((first ? void() : writer.put(','), first = false, TypeText<Arguments>::put(writer)), ...);
+    writer.put(')');
+  }
+};
+
+template <class T>
+constexpr auto writtenSignature() {
+  constexpr std::size_t length = [] {
+    TextWriter<0> counting;
+    TypeText<T>::put(counting);
+    return counting.length;
+  }();
+  TextWriter<length> writer;
+  TypeText<T>::put(writer);
+  return writer;
+}
+
+template <class T>
+inline constexpr auto kSignature = writtenSignature<T>();
+
+}  // namespace detail
+
+// The text of a proc's type, zero-terminated and there for ever.
+template <class Proc>
+requires std::is_function_v<std::remove_pointer_t<Proc>>
+[[nodiscard]] constexpr std::string_view signatureOf() noexcept {
+  const auto& written = detail::kSignature<std::remove_pointer_t<Proc>>;
+  return {written.text.data(), written.length};
+}
+
+// What a publisher registers beside a proc of this type.
+template <class Proc>
+const char* signatureText() noexcept {
+  return signatureOf<Proc>().data();
+}
+
+}  // namespace zeb::sdk
+
+#endif
