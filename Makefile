@@ -95,9 +95,9 @@ gate-memcheck: gate-packages release ## The tests of each room under valgrind
 	$(heading) 'the tests under valgrind'
 	$(ctest) release -C Memcheck -L memcheck
 
-gate-consume: gate-packages release ## A stranger's project comes by the library, in every way
-	$(heading) 'every way to the library for another project'
-	$(ctest) release -C Consume -L consume
+gate-consume: gate-packages release ## Every way to the library for another project; every page of the guide
+	$(heading) 'every way to the library, and every page of the guide'
+	$(ctest) release -C Consume -L 'consume|guide'
 
 gate-bench: $(bench) ## Every row of the benchmark, briefly
 	$(heading) 'a short run of all rows'
