@@ -1,8 +1,14 @@
 #include "streams/stream_container.h"
 
-#include <memory>
+#include <array>
+#include <span>
+#include <utility>
 
+#include "atoms/atom.h"
 #include "memory/object_memory.h"
+#include "zeb/positionable_stream.h"
+#include "zeb/rewindable_stream.h"
+#include "zeb/simple_stream.h"
 
 namespace zeb::streams {
 
@@ -10,9 +16,13 @@ namespace {
 
 void destroyStream(void* stream) { destroyObject(static_cast<SimpleStreamImpl*>(stream)); }
 
-struct Release {
-  void operator()(ZEBContainer* container) const { container::release(*container); }
-};
+// The names of a tier's interfaces, joined as its containers list them.
+constinit ZEBString* rewindableSignature = nullptr;
+constinit ZEBString* positionableSignature = nullptr;
+
+void replace(ZEBString*& held, ZEBString* taken) noexcept {
+  atoms::release(std::exchange(held, taken));
+}
 
 ZEBContainer* wrapSimple(SimpleStreamImpl* stream, const StreamInterfaceNames& names) {
   return container::makeFull({.data = stream,
@@ -22,17 +32,30 @@ ZEBContainer* wrapSimple(SimpleStreamImpl* stream, const StreamInterfaceNames& n
 }
 
 ZEBContainer* wrapHigherTier(SimpleStreamImpl* stream, const StreamInterfaceNames& names) {
-  std::unique_ptr<ZEBContainer, Release> draft(container::makeEmpty());
-  container::addInterface(*draft, names.simpleStream);
-  container::addInterface(*draft, names.rewindableStream);
-  if (stream->tier() == Tier::positionable) {
-    container::addInterface(*draft, names.positionableStream);
-  }
-  container::addInstance(*draft, stream, names.simpleStreamImplementation, destroyStream);
-  return draft.release();
+  const std::array interfaces{names.simpleStream, names.rewindableStream, names.positionableStream};
+  const bool positionable = stream->tier() == Tier::positionable;
+  return container::makeComponent(
+      {.data = stream,
+       .instanceName = names.simpleStreamImplementation,
+       .destroy = destroyStream,
+       .interfaceNames = std::span(interfaces).first(positionable ? 3 : 2),
+       .signature = positionable ? positionableSignature : rewindableSignature});
 }
 
 }  // namespace
+
+void makeTierSignatures() {
+  atoms::Ref rewindable(ZEB_SIMPLE_STREAM_INTERFACE "." ZEB_REWINDABLE_STREAM_INTERFACE);
+  atoms::Ref positionable(ZEB_SIMPLE_STREAM_INTERFACE "." ZEB_REWINDABLE_STREAM_INTERFACE
+                                                      "." ZEB_POSITIONABLE_STREAM_INTERFACE);
+  replace(rewindableSignature, rewindable.handOver());
+  replace(positionableSignature, positionable.handOver());
+}
+
+void releaseTierSignatures() noexcept {
+  replace(rewindableSignature, nullptr);
+  replace(positionableSignature, nullptr);
+}
 
 ZEBContainer* wrap(SimpleStreamImpl* made) {
   ObjectHolder<SimpleStreamImpl> stream(made);

@@ -9,6 +9,11 @@
 
 namespace zeb::streams {
 
+// The atoms that wrap() needs beyond the stream names. The frame makes them after the names and
+// releases them before. Making raises what allocation raises, and then nothing has changed.
+void makeTierSignatures();
+void releaseTierSignatures() noexcept;
+
 // A container that lists the interfaces of the stream's tier and owns the stream; one reference for
 // the caller. The stream is consumed in every case.
 [[nodiscard]] ZEBContainer* wrap(SimpleStreamImpl* stream);
