@@ -22,11 +22,11 @@
 namespace zeb::sdk {
 
 template <class T>
-concept SimpleMedium =
-    requires(T& medium, std::span<std::byte> room, std::span<const std::byte> bytes) {
-      { medium.read(room) } -> std::convertible_to<uint64_t>;
-      medium.write(bytes);
-    };
+concept SimpleMedium = requires(T& medium, std::span<std::byte> room,
+                                std::span<const std::byte> bytes) {
+  { medium.read(room) } -> std::convertible_to<uint64_t>;
+  medium.write(bytes);
+};
 
 template <class T>
 concept RewindableMedium = SimpleMedium<T> && requires(T& medium) {
@@ -35,11 +35,11 @@ concept RewindableMedium = SimpleMedium<T> && requires(T& medium) {
 };
 
 template <class T>
-concept PositionableMedium =
-    RewindableMedium<T> && requires(T& medium, int64_t offset, Origin origin) {
-      { medium.position() } -> std::convertible_to<uint64_t>;
-      medium.seek(offset, origin);
-    };
+concept PositionableMedium = RewindableMedium<T> &&
+    requires(T& medium, int64_t offset, Origin origin) {
+  { medium.position() } -> std::convertible_to<uint64_t>;
+  medium.seek(offset, origin);
+};
 
 namespace detail {
 
@@ -58,14 +58,12 @@ struct MediumProcs {
   }
 
   static ZEBErrorObject* read(void* context, uint64_t* count, void* buffer, uint64_t size) {
-    return guard([&] {
-      *count = of(context).read(std::span(static_cast<std::byte*>(buffer), size));
-    });
+    return guard(
+        [&] { *count = of(context).read(std::span(static_cast<std::byte*>(buffer), size)); });
   }
   static ZEBErrorObject* write(void* context, const void* buffer, uint64_t size) {
-    return guard([&] {
-      of(context).write(std::span(static_cast<const std::byte*>(buffer), size));
-    });
+    return guard(
+        [&] { of(context).write(std::span(static_cast<const std::byte*>(buffer), size)); });
   }
   static ZEBErrorObject* rewind(void* context) {
     return guard([&] { of(context).rewind(); });
@@ -96,15 +94,15 @@ template <SimpleMedium T>
   ZEBErrorObject* answered = nullptr;
   if constexpr (PositionableMedium<T>) {
     answered = factory.NewClientPositionableStream(
-        &stream, medium.release(), &Procs::read, &Procs::write, &Procs::independent,
-        &Procs::rewind, &Procs::independent, &Procs::mark, &Procs::seek, &Procs::release);
+        &stream, medium.release(), &Procs::read, &Procs::write, &Procs::independent, &Procs::rewind,
+        &Procs::independent, &Procs::mark, &Procs::seek, &Procs::release);
   } else if constexpr (RewindableMedium<T>) {
-    answered = factory.NewClientRewindableStream(&stream, medium.release(), &Procs::read,
-                                                 &Procs::write, &Procs::independent,
-                                                 &Procs::rewind, &Procs::release);
+    answered =
+        factory.NewClientRewindableStream(&stream, medium.release(), &Procs::read, &Procs::write,
+                                          &Procs::independent, &Procs::rewind, &Procs::release);
   } else {
-    answered = factory.NewClientSimpleStream(&stream, medium.release(), &Procs::read,
-                                             &Procs::write, &Procs::release);
+    answered = factory.NewClientSimpleStream(&stream, medium.release(), &Procs::read, &Procs::write,
+                                             &Procs::release);
   }
   if (answered != nullptr) return Error(answered);
   return Stream(stream);

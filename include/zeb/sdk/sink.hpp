@@ -66,7 +66,7 @@ class Sink : public Owner<detail::SinkCounting> {
 
   // Hands every write to `consumer(bytes)`.
   template <class Consumer>
-    requires std::invocable<Consumer&, std::span<const std::byte>>
+  requires std::invocable<Consumer&, std::span<const std::byte>>
   [[nodiscard]] static Sink to(Consumer consumer) {
     auto kept = std::make_unique<Consumer>(std::move(consumer));
     ZEBDataSink* sink = nullptr;
@@ -148,7 +148,7 @@ class Sink : public Owner<detail::SinkCounting> {
   // A close that fails has no way to say so.
   template <class Filter>
   static void close(void* working) noexcept {
-    if constexpr (requires(Filter& filter, const Next& next) { filter.close(next); }) {
+    if constexpr (requires(Filter & filter, const Next& next) { filter.close(next); }) {
       auto& self = *static_cast<Working<Filter>*>(working);
       try {
         self.filter.close(Next(self.self));
