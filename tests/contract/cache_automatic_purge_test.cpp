@@ -1,6 +1,7 @@
 // What happens when the cache grows: the marks, the thread, the host's request, stopping.
 
 #include <dirent.h>
+#include <pthread.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -231,6 +232,21 @@ TEST_F(PurgeThread, PurgesAgainWhatGrowsWhileItPurges) {
   AwaitTotal(kHigh);
   Add(1);
   AwaitTotal(kHigh);
+}
+
+TEST_F(PurgeThread, IsDoneWithoutWhenTheSystemHasNone) {
+  pthread_attr_t before;
+  pthread_attr_t huge;
+  ASSERT_EQ(pthread_getattr_default_np(&before), 0);
+  ASSERT_EQ(pthread_getattr_default_np(&huge), 0);
+  pthread_attr_setstacksize(&huge, std::size_t{1} << 48);  // no address space has room for it
+  ASSERT_EQ(pthread_setattr_default_np(&huge), 0);
+  for (int i = 0; i < 5; ++i) Add(500000);
+  EXPECT_EQ(zeb_.Total(), kLow);
+  EXPECT_EQ(deletions, 2);
+  pthread_setattr_default_np(&before);
+  pthread_attr_destroy(&huge);
+  pthread_attr_destroy(&before);
 }
 
 // ---- The host's request instead.
