@@ -225,7 +225,8 @@ void AtomTable::forgetRecent() noexcept {
   Leftovers leftovers;
   const SpinGuard guard(lock_);
   emptyRingLocked();
-  collectLocked(leftovers);
+  leftovers.atoms = retiredAtoms_.takeAllUnseen();
+  leftovers.arrays = retiredArrays_.takeUnseen();
 }
 
 void AtomTable::emptyRingLocked() noexcept {

@@ -199,6 +199,7 @@ namespace cache {
 
 void prepare() {
   chooseClock();
+  processCache.settle();  // identifiers may have been given back since the last stop
   allowPurgeThread();
 }
 

@@ -10,7 +10,8 @@ ServiceTable cacheService();
 
 namespace cache {
 
-// Before the table is registered: chooses the clock and allows a purge thread.
+// Before the table is registered: chooses the clock, settles what the last stop could not, and
+// allows a purge thread.
 void prepare();
 
 // Waits for a purge thread that is still running. Before anything else is torn down, for clients'

@@ -31,7 +31,7 @@ class BackgroundThread {
   // when the system has no thread to give.
   [[nodiscard]] bool request() noexcept ZEB_EXCLUDES(mutex_);
 
-  // Lets a thread that runs end the work it has begun and waits for it.
+  // Waits for the thread that runs, if any, and for what was requested.
   void close() noexcept ZEB_EXCLUDES(mutex_);
 
  private:

@@ -69,7 +69,7 @@ void* BackgroundThread::run(void* self) noexcept {
 
 bool BackgroundThread::takeRequest() noexcept {
   const MutexGuard guard(mutex_);
-  if (requested_ && open_) {
+  if (requested_) {
     requested_ = false;
     return true;
   }
