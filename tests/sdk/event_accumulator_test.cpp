@@ -167,7 +167,7 @@ TEST_F(EventReport, TakesSnapshotsFromElsewhere) {
   Start();
   const EventSnapshot unused = sum_.beginSession();
   sum_.endSession(Snapshot(module_.events, {Record(kA, 1)}),
-                 Snapshot(module_.events, {Record(kA, 4)}));
+                  Snapshot(module_.events, {Record(kA, 4)}));
   EXPECT_EQ(Total(sum_, kA), 3);
 }
 
