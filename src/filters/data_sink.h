@@ -15,7 +15,7 @@
 #include "zeb/filter.h"
 
 // What a member is, asked more often than a virtual call would be worth.
-enum class ZEBDataSinkKind : uint8_t { kSink, kFilter, kIdentityFilter, kFilterJPEG };
+enum class ZEBDataSinkKind : uint8_t { kNullSink, kSink, kFilter, kIdentityFilter, kFilterJPEG };
 
 struct ZEBDataSink : ZEBBase {
   explicit ZEBDataSink(ZEBDataSinkKind sinkKind) noexcept : kind(sinkKind) {}
@@ -28,7 +28,7 @@ struct ZEBDataSink : ZEBBase {
   // Ends the client's data; calls afterwards no longer reach the client.
   virtual void endClient() noexcept {}
 
-  [[nodiscard]] bool isFilter() const noexcept { return kind != ZEBDataSinkKind::kSink; }
+  [[nodiscard]] bool isFilter() const noexcept { return kind >= ZEBDataSinkKind::kFilter; }
 
   int64_t references = 0;
   uint32_t pins = 0;
@@ -64,7 +64,7 @@ class ClientPart {
 
 class NullDataSink final : public ZEBDataSinkImpl {
  public:
-  NullDataSink() noexcept : ZEBDataSinkImpl(ZEBDataSinkKind::kSink) {}
+  NullDataSink() noexcept : ZEBDataSinkImpl(ZEBDataSinkKind::kNullSink) {}
   ZEBErrorObject* Write(const void* /*data*/, uint64_t /*size*/) override { return nullptr; }
 };
 

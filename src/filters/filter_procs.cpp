@@ -31,6 +31,7 @@ ZEBFilterImpl& requiredFilter(ZEBDataSink* sink) {
 
 filters::FilterJPEG& requiredJPEG(ZEBDataSink* sink) {
   if (required(sink).kind != ZEBDataSinkKind::kFilterJPEG) refuseKind();
+  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-static-cast-downcast): the kind is the dynamic type
   return *static_cast<filters::FilterJPEG*>(sink);
 }
 
