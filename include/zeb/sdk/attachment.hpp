@@ -10,6 +10,7 @@
 #include <mutex>
 
 #include "zeb/sdk/interface.hpp"
+#include "zeb/sdk/module_local.hpp"
 
 namespace zeb::sdk {
 
@@ -86,7 +87,7 @@ class Attachment {
   Forgettable* first_ = nullptr;
 };
 
-ZEB_SDK_LOCAL inline constinit Attachment attachment;
+ZEB_SDK_MODULE_LOCAL inline constinit Attachment attachment;
 
 }  // namespace detail
 

@@ -34,7 +34,7 @@ using Log = void (*)(const char* message);
 
 namespace detail {
 
-ZEB_SDK_LOCAL inline constinit std::atomic<Log> log = nullptr;
+ZEB_SDK_MODULE_LOCAL inline constinit std::atomic<Log> log = nullptr;
 
 // The text under which a proc's signature is published; empty when memory is short.
 inline std::string signatureName(const ZEBProcRequest& request) {
@@ -183,7 +183,7 @@ class Binding final : public Forgettable {
 };
 
 template <Interface I>
-ZEB_SDK_LOCAL inline constinit Binding<I> binding;
+ZEB_SDK_MODULE_LOCAL inline constinit Binding<I> binding;
 
 }  // namespace detail
 

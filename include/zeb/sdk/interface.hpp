@@ -17,14 +17,6 @@
 
 #include "zeb/zeb.h"
 
-// What every module has a copy of its own of: two modules never share a binding, and a module that
-// is unloaded takes its own along.
-#ifdef _WIN32
-#define ZEB_SDK_LOCAL
-#else
-#define ZEB_SDK_LOCAL __attribute__((visibility("hidden")))
-#endif
-
 #define ZEB_SDK_INTERFACE_FROM(Name, text, rows, ProcsType, guarded)                           \
   struct Name {                                                                                \
     using Procs = ProcsType;                                                                   \

@@ -1,4 +1,5 @@
-// The library from a host's side: started by a constructor, stopped by the end of the scope.
+// The library from a host's side: started by a constructor, stopped by the end of the scope. The
+// host itself is started and stopped with it, as a module is (client_start.hpp).
 //
 //   const Library library = Library::load("libzeb.so.4", {});   // by path
 //   const Library library = Library::linked({});                // linked with zeb::zeb
@@ -16,6 +17,7 @@
 #include <utility>
 
 #include "zeb/sdk/binding.hpp"
+#include "zeb/sdk/client_start.hpp"
 
 namespace zeb::sdk {
 
@@ -85,7 +87,7 @@ class Library {
   uint32_t stop() noexcept {
     if (stop_ == nullptr) return 0;
     if (const auto* cache = tryProcs<Cache>()) cache->PurgeAllStaticCaches(nullptr);
-    detach();
+    stopClient();
     return std::exchange(stop_, nullptr)();
   }
 
@@ -96,6 +98,7 @@ class Library {
   };
 
   Library(const Exports& exports, const StartOptions& options) : stop_(exports.stop) {
+    if (thisModule.started) throw StartFailure("this host has started the library already");
     const ZEBGetProcAddress found =
         exports.start(options.pageAlloc, options.pageFree, options.objAlloc, options.objRealloc,
                       options.objFree, options.objSize, options.errorReport, options.purgeRequest,
@@ -104,9 +107,9 @@ class Library {
       throw StartFailure(
           "libzeb refused to start: it runs with another host's allocators, or memory is short");
     }
-    if (!attach(found)) {
+    if (!startClient(found)) {
       stop_();
-      throw StartFailure("libzeb lacks its own interface");
+      throw StartFailure("an object of the host could not be initialised");
     }
   }
 

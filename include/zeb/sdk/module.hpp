@@ -5,13 +5,7 @@
 
 #include "zeb/sdk/event_binding.hpp"
 #include "zeb/sdk/lazy_list.hpp"
-
-// An inline variable of ordinary visibility would be one for the whole process.
-#if defined(__GNUC__)
-#define ZEB_SDK_MODULE_LOCAL [[gnu::visibility("hidden")]]
-#else
-#define ZEB_SDK_MODULE_LOCAL
-#endif
+#include "zeb/sdk/module_local.hpp"
 
 namespace zeb::sdk {
 
