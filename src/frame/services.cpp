@@ -16,11 +16,6 @@ namespace zeb::frame {
 
 namespace {
 
-struct Service {
-  ServiceTable (*table)();
-  void (*prepare)();  // before the table is registered; null: nothing to prepare
-};
-
 // Start-up can be read off this array.
 constexpr Service kServices[] = {
     {memoryService, nullptr},
@@ -41,6 +36,8 @@ bool registerService(const Service& service) {
 }
 
 }  // namespace
+
+std::span<const Service> services() noexcept { return kServices; }
 
 bool registerServices() {
   for (const Service& service : kServices) {
