@@ -1,5 +1,5 @@
-# What an installed libzeb consists of: the library, its headers, the CMake package, the pkg-config
-# file and the documents; and the Debian packages that CPack makes of it. Everything that is
+# What an installed libzeb consists of: the library, its headers, their machine-readable description,
+# the CMake package, the pkg-config file and the documents; and the Debian packages that CPack makes of it. Everything that is
 # installed finds its neighbours from where it lies, so the tree may be moved as a whole.
 
 include(CMakePackageConfigHelpers)
@@ -15,6 +15,8 @@ install(TARGETS zeb EXPORT zebTargets
 install(TARGETS zeb_headers zeb_sdk EXPORT zebTargets)
 install(DIRECTORY include/zeb TYPE INCLUDE COMPONENT development
   FILES_MATCHING PATTERN *.h PATTERN *.hpp)
+install(FILES share/zeb/zeb.json share/zeb/zeb.schema.json
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/zeb COMPONENT development)
 install(FILES README.md docs/rationales.md TYPE DOC COMPONENT development)
 
 # --- the CMake package ------------------------------------------------------------------------------

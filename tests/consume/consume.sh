@@ -17,6 +17,7 @@ install_to() {
   shift
   cmake --install "$build" --prefix "$prefix" >/dev/null
   [[ -e $prefix/include/zeb/zeb.h ]] || fail "nothing was installed to $prefix"
+  [[ -e $prefix/share/zeb/zeb.json ]] || fail "the description was not installed to $prefix"
 }
 
 # run_project <cmake option>...: configures, builds and runs the consumer.
