@@ -14,6 +14,7 @@
 #include "memory/allocator.h"
 #include "registry/memory_binding.h"
 #include "registry/proc_registry.h"
+#include "streams/stream_container.h"
 
 namespace zeb::frame {
 
@@ -49,6 +50,7 @@ bool bringUp() {
   if (!initialiseLazyList(lazyList)) return false;
   if (!registerFrameProcs()) return false;
   makeStreamNames();
+  streams::makeTierSignatures();
   return true;
 }
 
@@ -59,6 +61,7 @@ void tearDown() {
   terminateLazyList(lazyList);
   events::disconnectCounters();
   registry::unbindMemory();
+  streams::releaseTierSignatures();
   releaseStreamNames();
   errors::releaseStandardErrors();
   container::excuseRecycledNames();

@@ -11,6 +11,7 @@
 #include "memory/memory_services.h"
 #include "registry/memory_binding.h"
 #include "registry/proc_registry.h"
+#include "streams/stream_services.h"
 
 namespace zeb::frame {
 
@@ -25,6 +26,12 @@ constexpr Service kServices[] = {
     {atomService, atoms::addTableUser},
     {sharedBufferService, nullptr},
     {progressService, nullptr},
+    {streamFactoryService, nullptr},
+    {simpleStreamService, nullptr},
+    {rewindableStreamService, nullptr},
+    {positionableStreamService, nullptr},
+    {newStreamService, nullptr},
+    {streamService, nullptr},
     {eventService, events::connectCounters},
 };
 
