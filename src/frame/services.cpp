@@ -9,6 +9,7 @@
 #include "errors/standard_errors.h"
 #include "events/event_binding.h"
 #include "events/event_service.h"
+#include "filters/filter_service.h"
 #include "memory/memory_services.h"
 #include "registry/memory_binding.h"
 #include "registry/proc_registry.h"
@@ -34,6 +35,7 @@ constexpr Service kServices[] = {
     {positionableStreamService, nullptr},
     {newStreamService, nullptr},
     {streamService, nullptr},
+    {filterService, nullptr},
     {eventService, events::connectCounters},
 };
 
