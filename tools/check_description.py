@@ -59,7 +59,7 @@ def handle_faults(description, part):
     if kind is None:
         if part.get("ownership") in ("reference", "unreferenced"):
             yield "is handed out, but has no \"handle\""
-    elif kind not in description.handles:
+    elif kind not in description.handles or part.get("addedAs", kind) not in description.handles:
         yield f"\"handle\" names {kind}, which is no kind of handle"
     elif part["type"].rstrip("* ") != description.handles[kind]["type"]:
         yield f"is of another type than the handle {kind}"

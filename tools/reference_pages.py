@@ -8,6 +8,7 @@ NULL = {
     "allowed": "may be null",
     "answers-error": "null: error",
     "answers-empty": "null: nothing is done",
+    "fails": "null: the call fails",
 }
 
 OWNERSHIP = {
@@ -95,7 +96,7 @@ def remarks(parameter, is_procedure):
     parts = [parameter.get("description", "")]
     if "unit" in parameter:
         parts.append(f"In {parameter['unit']}")
-    if parameter["direction"] == "out":
+    if parameter["direction"] != "in":
         parts.append(ownership(parameter, GIVEN))
     elif not is_procedure:
         parts.append(ownership(parameter, OWNERSHIP))

@@ -152,7 +152,8 @@ class Call:
             return "Expected::kEither"
         return {"allowed": "Expected::kDone",
                 "answers-error": "Expected::kRefused",
-                "answers-empty": "Expected::kNothing"}[self.null["null"]]
+                "answers-empty": "Expected::kNothing",
+                "fails": "Expected::kFailed"}[self.null["null"]]
 
     def find(self, interface, proc):
         names = ", ".join(map(text, (interface["name"], proc["method"], proc["proc"])))
@@ -218,7 +219,8 @@ class Call:
     def after(self):
         for parameter in self.present():
             if parameter.get("ownership") == "added":
-                yield f"  if (done) {self.release(parameter['handle'], parameter['name'] + '_')}"
+                kind = parameter.get("addedAs", parameter["handle"])
+                yield f"  if (done) {self.release(kind, parameter['name'] + '_')}"
         for parameter in self.present():
             if parameter["direction"] == "out" and parameter.get("onFailure") == "cleared":
                 yield f"  if (!done) {parameter['name']}_.expectCleared();"

@@ -18,6 +18,9 @@ Sweep::Sweep(const contract::StartOptions& host, std::uint64_t failingAllocation
     : ComponentLibrary(host), failingAllocation_(failingAllocation) {
   Reports::Take();
   DrainRecycled();
+  EXPECT_EQ(ZEBFetchCacheProcs(getProcAddress, &cache_), 1);
+  EXPECT_EQ(ZEBFetchStreamFactoryProcs(getProcAddress, &streams_), 1);
+  EXPECT_EQ(ZEBFetchFilterProcs(getProcAddress, &filters_), 1);
   // The one method that the sample container has.
   EXPECT_EQ(frame.RegisterProcAddress("sample", "sample", "sample", contract::FakeProc(16)), 1);
 }
@@ -51,6 +54,8 @@ const char* Sweep::text(std::string_view name) {
   for (const char* known : {"interfaceName", "methodName", "procName"}) {
     if (name == known) return known;
   }
+  if (name == "path") return "/dev/null";
+  if (name == "mode") return "r";
   return "sample";
 }
 
@@ -88,6 +93,65 @@ ZEBEventRecord* Sweep::eventSnapshot(bool given) {
 
 void* Sweep::block(bool given) { return kept(memory.Alloc(16), given, memory.Free); }
 
+ZEBCacheID* Sweep::cacheId(bool given) { return kept(cache_.NewCacheID(), given, cache_.Release); }
+
+ZEBCacheID* Sweep::pinnedCacheId(bool given) {
+  ZEBCacheID* id = cache_.NewCacheID();
+  cache_.MarkNoPurge(id, nullptr, 1);
+  cache_.Release(id);
+  return kept(id, given, cache_.MarkPurge);
+}
+
+ZEBCacheSet* Sweep::cacheSet(bool given) {
+  ZEBCacheSet* set =
+      cache_.NewCacheSet([](void* a, void* b) { return std::less<>()(a, b) ? 1 : 0; });
+  cache_.AddRefCacheSet(set);
+  return kept(set, given, cache_.DeleteCacheSet);
+}
+
+ZEBCachePurge* Sweep::cachePurge(bool given) {
+  return kept(cache_.NewCachePurge(), given, cache_.DeleteCachePurge);
+}
+
+ZEBContainer* Sweep::stream(bool given) {
+  ZEBContainer* made = nullptr;
+  EXPECT_EQ(Outcome(streams_.NewPositionableMemoryStream(&made)), contract::kSuccess);
+  return kept(made, given, ComponentLibrary::container.Release);
+}
+
+ZEBDataSink* Sweep::referenced(ZEBDataSink* made, bool given) {
+  EXPECT_EQ(Outcome(filters_.AddRef(made)), contract::kSuccess);
+  return kept(made, given, filters_.Release);
+}
+
+ZEBDataSink* Sweep::dataSink(bool given) {
+  ZEBDataSink* made = nullptr;
+  EXPECT_EQ(Outcome(filters_.NewNullDataSink(&made)), contract::kSuccess);
+  return referenced(made, given);
+}
+
+ZEBDataSink* Sweep::filter(bool given) {
+  ZEBDataSink* made = nullptr;
+  EXPECT_EQ(Outcome(filters_.NewIdentityFilter(&made, dataSink(false))), contract::kSuccess);
+  return referenced(made, given);
+}
+
+ZEBDataSink* Sweep::jpegFilter(bool given) {
+  ZEBDataSink* made = nullptr;
+  EXPECT_EQ(Outcome(filters_.NewFilterJPEG(&made, dataSink(false), nullptr, nullptr, nullptr,
+                                           nullptr, nullptr, nullptr, nullptr)),
+            contract::kSuccess);
+  return referenced(made, given);
+}
+
+ZEBChainState* Sweep::chainState(bool given) {
+  ZEBChainState* made = nullptr;
+  EXPECT_EQ(Outcome(filters_.GetChainState(&made, filter(false))), contract::kSuccess);
+  return kept(made, given, [this](ZEBChainState* state) {
+    EXPECT_EQ(Outcome(filters_.ResetChainState(state)), contract::kSuccess);
+  });
+}
+
 // ---- Judgement
 
 void Sweep::expectDone(bool done, Expected expected) const {
@@ -101,7 +165,10 @@ bool Sweep::judgeError(ZEBErrorObject* answer, Expected expected) {
     EXPECT_EQ(Outcome(answer), contract::kMissingMethod);
     return false;
   }
-  if (!done && !allocationFailed_) {
+  if (expected == Expected::kFailed) {
+    EXPECT_FALSE(done);
+    ComponentLibrary::error.Release(answer);
+  } else if (!done && !allocationFailed_) {
     ADD_FAILURE() << Outcome(answer);
   } else if (!done) {
     EXPECT_EQ(Outcome(answer), contract::kOutOfMemory);

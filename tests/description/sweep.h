@@ -27,6 +27,7 @@ namespace description {
 enum class Expected {
   kDone,     // it succeeds
   kRefused,  // it answers the error of a missing argument
+  kFailed,   // it fails in a way of its own
   kNothing,  // it answers null, 0 or nothing, and nothing is done
   kEither,   // it succeeds, or fails as it is described to
 };
@@ -121,6 +122,15 @@ class Sweep : public contract::ComponentLibrary {
   ZEBEventCounter* eventCounter(bool given);
   ZEBEventRecord* eventSnapshot(bool given);
   void* block(bool given);
+  ZEBCacheID* cacheId(bool given);
+  ZEBCacheID* pinnedCacheId(bool given);
+  ZEBCacheSet* cacheSet(bool given);
+  ZEBCachePurge* cachePurge(bool given);
+  ZEBContainer* stream(bool given);
+  ZEBDataSink* dataSink(bool given);
+  ZEBDataSink* filter(bool given);
+  ZEBDataSink* jpegFilter(bool given);
+  ZEBChainState* chainState(bool given);
 
   // A sample of what is no handle, for the parameter of this name.
   template <class T>
@@ -149,7 +159,7 @@ class Sweep : public contract::ComponentLibrary {
   // `zeroIsFailure`: null and 0 mean nothing else.
   template <class T>
   bool judgeValue(T answer, Expected expected, bool zeroIsFailure) {
-    if (expected == Expected::kNothing) {
+    if (expected == Expected::kNothing || expected == Expected::kFailed) {
       EXPECT_EQ(answer, T());
       return false;
     }
@@ -174,6 +184,9 @@ class Sweep : public contract::ComponentLibrary {
   static const char* text(std::string_view name);
   void expectDone(bool done, Expected expected) const;
 
+  // A new member of a chain has no reference: it is given the one that is given back.
+  ZEBDataSink* referenced(ZEBDataSink* made, bool given);
+
   template <class Handle, class Release>
   Handle* kept(Handle* sample, bool given, Release release) {
     EXPECT_NE(sample, nullptr);
@@ -181,6 +194,9 @@ class Sweep : public contract::ComponentLibrary {
     return sample;
   }
 
+  ZEBCacheProcs cache_;
+  ZEBStreamFactoryProcs streams_;
+  ZEBFilterProcs filters_;
   alignas(16) char bytes_[64] = {};
   std::vector<std::function<void()>> samples_;
   std::uint64_t failingAllocation_;
