@@ -156,6 +156,44 @@ inline constexpr ProcRow kProcRows[] = {
     {"ZEBFilterInterface", "NewFilterJPEG", "ZEBFilterNewFilterJPEGProc"},
     {"ZEBFilterInterface", "GetChainState", "ZEBFilterGetChainStateProc"},
     {"ZEBFilterInterface", "AddRef", "ZEBFilterAddRefProc"},
+    {"ZEBStreamFactoryInterface", "NewPositionableMemoryStream",
+     "ZEBNewPositionableMemoryStreamProc"},
+    {"ZEBStreamFactoryInterface", "NewPositionableBufferStream",
+     "ZEBNewPositionableBufferStreamProc"},
+    {"ZEBStreamFactoryInterface", "NewPositionableFileStream", "ZEBNewPositionableFileStreamProc"},
+    {"ZEBStreamFactoryInterface", "NewClientSimpleStream", "ZEBNewClientSimpleStreamProc"},
+    {"ZEBStreamFactoryInterface", "NewClientRewindableStream", "ZEBNewClientRewindableStreamProc"},
+    {"ZEBStreamFactoryInterface", "NewClientPositionableStream",
+     "ZEBNewClientPositionableStreamProc"},
+
+    {"ZEBSimpleStreamInterface", "Read", "ZEBSimpleStreamReadProc"},
+    {"ZEBSimpleStreamInterface", "Write", "ZEBSimpleStreamWriteProc"},
+
+    {"ZEBRewindableStreamInterface", "CreateIndependentlyRewindableStream",
+     "ZEBRewindableStreamCreateIndependentlyRewindableStreamProc"},
+    {"ZEBRewindableStreamInterface", "Rewind", "ZEBRewindableStreamRewindProc"},
+
+    {"ZEBPositionableStreamInterface", "CreateIndependentlyPositionableStream",
+     "ZEBPositionableStreamCreateIndependentlyPositionableStreamProc"},
+    {"ZEBPositionableStreamInterface", "Mark", "ZEBPositionableStreamMarkProc"},
+    {"ZEBPositionableStreamInterface", "Seek", "ZEBPositionableStreamSeekProc"},
+    {"ZEBPositionableStreamInterface", "Flush", "ZEBPositionableStreamFlushProc"},
+
+    {"ZEBNewStreamInterface", "NewMemoryStream", "ZEBNewMemoryStreamProc2"},
+    {"ZEBNewStreamInterface", "NewMemoryStream", "ZEBNewMemoryStreamProc3"},
+    {"ZEBNewStreamInterface", "NewBufferStream", "ZEBNewBufferStreamProc3"},
+    {"ZEBNewStreamInterface", "NewBufferStream", "ZEBNewBufferStreamProc4"},
+    {"ZEBNewStreamInterface", "NewFileStream", "ZEBNewFileStreamProc2"},
+    {"ZEBNewStreamInterface", "NewFileStream", "ZEBNewFileStreamProc3"},
+    {"ZEBNewStreamInterface", "NewExternalStream", "ZEBNewExternalStreamProc3"},
+    {"ZEBNewStreamInterface", "NewExternalStream", "ZEBNewExternalStreamProc4"},
+
+    {"ZEBStreamInterface", "Read", "ZEBStreamReadProc2"},
+    {"ZEBStreamInterface", "Write", "ZEBStreamWriteProc2"},
+    {"ZEBStreamInterface", "Write", "ZEBStreamWriteProc3"},
+    {"ZEBStreamInterface", "Seek", "ZEBStreamSeekProc2"},
+    {"ZEBStreamInterface", "Seek", "ZEBStreamSeekProc3"},
+    {"ZEBStreamInterface", "Mark", "ZEBStreamMarkProc"},
 };
 
 }  // namespace contract
