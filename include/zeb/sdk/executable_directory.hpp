@@ -50,9 +50,12 @@ inline std::string executableDirectory() {
   return {};
 }
 
-// A path that is relative to the executable's directory, made absolute.
+// A path that is relative to the executable's directory, made absolute; empty when that directory
+// is not known.
 inline std::string besideExecutable(const std::string &path) {
-  return isAbsolutePath(path) ? path : executableDirectory() + path;
+  if (isAbsolutePath(path)) return path;
+  const std::string directory = executableDirectory();
+  return directory.empty() ? directory : directory + path;
 }
 
 }  // namespace zeb::sdk

@@ -44,7 +44,8 @@ class LazyTerminate {
     if (older_ != nullptr) older_->newer_ = newer_;
   }
 
-  // False ends the start: the objects before this one are terminated, this one is not.
+  // False ends the start: the objects before this one are terminated, this one is not. Throws
+  // nothing.
   virtual bool initialise() { return true; }
   // Called for every object of the list, also for one that was never initialised.
   virtual void terminate() {}
