@@ -9,6 +9,7 @@
 #include "zeb/event.h"
 #include "zeb/exports.h"
 #include "zeb/frame.h"
+#include "zeb/inspect.h"
 #include "zeb/memory.h"
 #include "zeb/memory_debug.h"
 #include "zeb/progress.h"

@@ -39,6 +39,12 @@ void excuseReference(ZEBString* atom) noexcept {
   if (atom != nullptr) ++atom->excused;
 }
 
+void forEachLive(const Visitor<const ZEBString&, uint32_t>& visit) noexcept {
+  table.forEachLive(visit);
+}
+
+LiveObjects live() noexcept { return table.live(); }
+
 void addTableUser() noexcept { table.addUser(); }
 void dropTableUser() noexcept { table.dropUser(); }
 

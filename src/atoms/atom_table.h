@@ -36,6 +36,10 @@ class AtomTable {
   void removeDying(ZEBString* atom) noexcept ZEB_EXCLUDES(lock_);
   [[nodiscard]] bool isKnown(const TextKey& key) const noexcept;
 
+  // `visit` is called under the lock.
+  void forEachLive(const Visitor<const ZEBString&, uint32_t>& visit) noexcept ZEB_EXCLUDES(lock_);
+  [[nodiscard]] LiveObjects live() noexcept ZEB_EXCLUDES(lock_);
+
   void addUser() noexcept { ++users_; }
   void dropUser() noexcept;
 
@@ -86,6 +90,8 @@ class AtomTable {
   void collectLocked(Leftovers& leftovers) noexcept ZEB_REQUIRES(lock_);
   void tearDown() noexcept ZEB_EXCLUDES(lock_);
   bool orphanTheRestLocked() noexcept ZEB_REQUIRES(lock_);
+  void forEachLiveLocked(const Visitor<const ZEBString&, uint32_t>& visit) noexcept
+      ZEB_REQUIRES(lock_);
 
   SpinLock lock_{50};
   Table table_;  // searched without the lock, changed under it
