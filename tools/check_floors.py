@@ -29,7 +29,7 @@ FLOORS = {
     "registry": 3,
     "errors": 4, "events": 4,
     "container": 5, "buffers": 5,
-    "streams": 6, "cache": 6, "filters": 6,
+    "streams": 6, "cache": 6, "filters": 6, "inspect": 6,
     "frame": 7,
 }
 

@@ -96,13 +96,14 @@ typedef ZEBInspectedKind *(*ZEBInspectNewObjectSnapshotProc)(uint32_t *count);
 /* Never more than this many names are offered as nearest. */
 #define ZEB_LOOKUP_MOST_NEAREST 5u
 
-/* Why a look-up finds what it finds. 64 bytes, for ever. */
+/* Why a look-up finds what it finds. 56 bytes, for ever. */
 typedef struct ZEBLookupExplanation {
   int32_t outcome; /* one of ZEB_LOOKUP_... */
 
   /*
    * 1 if the interface has been unregistered since the library started; it may be back since then.
-   * The 64 names that were unregistered last are remembered.
+   * The 64 names that were unregistered last are remembered. An unregistration that is under way
+   * may show here alone or in the outcome alone.
    */
   int32_t wasUnregistered;
   uint32_t unregisteredAt; /* the change counter that the unregistration brought about, else 0 */

@@ -8,6 +8,7 @@
 #include "errors/standard_errors.h"
 #include "events/event_binding.h"
 #include "events/event_service.h"
+#include "inspect/inspect_service.h"
 #include "memory/memory_services.h"
 #include "registry/memory_binding.h"
 #include "registry/proc_registry.h"
@@ -31,6 +32,7 @@ constexpr Service kServices[] = {
     {sharedBufferService, nullptr},
     {progressService, nullptr},
     {eventService, events::connectCounters},
+    {inspectService, nullptr},
 };
 
 bool registerService(const Service& service) {

@@ -101,6 +101,12 @@ inline constexpr ProcRow kProcRows[] = {
     {"ZEBProgressInterface", "AddRef", "ZEBProgressAddRefProc"},
     {"ZEBProgressInterface", "Release", "ZEBProgressReleaseProc"},
     {"ZEBProgressInterface", "Update", "ZEBProgressUpdateProc"},
+
+    {"ZEBInspectInterface", "NewProcSnapshot", "ZEBInspectNewProcSnapshotProc"},
+    {"ZEBInspectInterface", "NewAtomSnapshot", "ZEBInspectNewAtomSnapshotProc"},
+    {"ZEBInspectInterface", "NewObjectSnapshot", "ZEBInspectNewObjectSnapshotProc"},
+    {"ZEBInspectInterface", "NewLookupExplanation", "ZEBInspectNewLookupExplanationProc"},
+    {"ZEBInspectInterface", "DeleteSnapshot", "ZEBInspectDeleteSnapshotProc"},
 };
 
 }  // namespace contract
