@@ -5,7 +5,7 @@
 set -euo pipefail
 
 declare -A packages=(
-  [build]="cmake ninja-build g++ pkg-config python3"
+  [build]="cmake ninja-build g++ pkg-config python3 libfmt-dev libcli11-dev"
   [test]="libgtest-dev libgmock-dev"
   [demo]="zlib1g-dev libxxhash-dev libfmt-dev libcli11-dev"
   [bench]="libbenchmark-dev libglib2.0-dev libboost-dev libjemalloc-dev libmimalloc-dev libabsl-dev

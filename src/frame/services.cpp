@@ -10,6 +10,7 @@
 #include "events/event_binding.h"
 #include "events/event_service.h"
 #include "filters/filter_service.h"
+#include "inspect/inspect_service.h"
 #include "memory/memory_services.h"
 #include "registry/memory_binding.h"
 #include "registry/proc_registry.h"
@@ -37,6 +38,7 @@ constexpr Service kServices[] = {
     {streamService, nullptr},
     {filterService, nullptr},
     {eventService, events::connectCounters},
+    {inspectService, nullptr},
 };
 
 bool registerService(const Service& service) {

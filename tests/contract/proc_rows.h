@@ -194,6 +194,11 @@ inline constexpr ProcRow kProcRows[] = {
     {"ZEBStreamInterface", "Seek", "ZEBStreamSeekProc2"},
     {"ZEBStreamInterface", "Seek", "ZEBStreamSeekProc3"},
     {"ZEBStreamInterface", "Mark", "ZEBStreamMarkProc"},
+    {"ZEBInspectInterface", "NewProcSnapshot", "ZEBInspectNewProcSnapshotProc"},
+    {"ZEBInspectInterface", "NewAtomSnapshot", "ZEBInspectNewAtomSnapshotProc"},
+    {"ZEBInspectInterface", "NewObjectSnapshot", "ZEBInspectNewObjectSnapshotProc"},
+    {"ZEBInspectInterface", "NewLookupExplanation", "ZEBInspectNewLookupExplanationProc"},
+    {"ZEBInspectInterface", "DeleteSnapshot", "ZEBInspectDeleteSnapshotProc"},
 };
 
 }  // namespace contract
