@@ -3,7 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <iterator>
 #include <set>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -16,32 +19,62 @@ namespace {
 
 using ::testing::IsEmpty;
 
+using Names = std::set<std::string>;
+
 std::string nameOf(const char* interfaceName, const char* methodName, const char* procName) {
   return std::string(interfaceName) + "/" + methodName + "/" + procName;
 }
 
-TEST(Description, NamesOnlyServedProcs) {
+Names described() {
+  Names names;
+  for (const DescribedProc& proc : describedProcs()) {
+    names.insert(nameOf(proc.interfaceName, proc.methodName, proc.procName));
+  }
+  return names;
+}
+
+// Those of `names` that are not among `others`.
+std::vector<std::string> missing(const Names& names, const Names& others) {
+  std::vector<std::string> found;
+  std::set_difference(names.begin(), names.end(), others.begin(), others.end(),
+                      std::back_inserter(found));
+  return found;
+}
+
+TEST(Description, NamesEachProcOnce) { EXPECT_EQ(described().size(), describedProcs().size()); }
+
+TEST(Description, NamesWhatARunningLibraryHasRegistered) {
   const contract::RunningLibrary zeb;
-  std::vector<std::string> missing;
+  ZEBInspectProcs inspect{};
+  ASSERT_EQ(ZEBFetchInspectProcs(zeb.getProcAddress, &inspect), 1);
+  std::uint32_t count = 0;
+  ZEBInspectedProc* procs = inspect.NewProcSnapshot(&count);
+  Names registered;
+  for (const ZEBInspectedProc& proc : std::span(procs, count)) {
+    registered.insert(nameOf(proc.interfaceName, proc.methodName, proc.procName));
+  }
+  inspect.DeleteSnapshot(procs);
+  EXPECT_THAT(missing(registered, described()), IsEmpty()) << "registered, but not described";
+  EXPECT_THAT(missing(described(), registered), IsEmpty()) << "described, but not registered";
+}
+
+TEST(Description, NamesProcsThatCanBeLookedUp) {
+  const contract::RunningLibrary zeb;
+  std::vector<std::string> unknown;
   for (const DescribedProc& proc : describedProcs()) {
     if (zeb.getProcAddress(proc.interfaceName, proc.methodName, proc.procName) == nullptr) {
-      missing.push_back(nameOf(proc.interfaceName, proc.methodName, proc.procName));
+      unknown.push_back(nameOf(proc.interfaceName, proc.methodName, proc.procName));
     }
   }
-  EXPECT_THAT(missing, IsEmpty());
+  EXPECT_THAT(unknown, IsEmpty());
 }
 
 TEST(Description, NamesTheProcsThatClientsWereBuiltAgainst) {
-  std::set<std::string> described;
-  for (const DescribedProc& proc : describedProcs()) {
-    described.insert(nameOf(proc.interfaceName, proc.methodName, proc.procName));
-  }
-  std::vector<std::string> forgotten;
+  Names published;
   for (const contract::ProcRow& row : contract::kProcRows) {
-    const std::string name = nameOf(row.interfaceName, row.methodName, row.procName);
-    if (!described.contains(name)) forgotten.push_back(name);
+    published.insert(nameOf(row.interfaceName, row.methodName, row.procName));
   }
-  EXPECT_THAT(forgotten, IsEmpty());
+  EXPECT_THAT(missing(published, described()), IsEmpty());
 }
 
 }  // namespace

@@ -21,6 +21,7 @@ Sweep::Sweep(const contract::StartOptions& host, std::uint64_t failingAllocation
   EXPECT_EQ(ZEBFetchCacheProcs(getProcAddress, &cache_), 1);
   EXPECT_EQ(ZEBFetchStreamFactoryProcs(getProcAddress, &streams_), 1);
   EXPECT_EQ(ZEBFetchFilterProcs(getProcAddress, &filters_), 1);
+  EXPECT_EQ(ZEBFetchInspectProcs(getProcAddress, &inspect_), 1);
   // The one method that the sample container has.
   EXPECT_EQ(frame.RegisterProcAddress("sample", "sample", "sample", contract::FakeProc(16)), 1);
 }
@@ -111,6 +112,11 @@ ZEBCacheSet* Sweep::cacheSet(bool given) {
 
 ZEBCachePurge* Sweep::cachePurge(bool given) {
   return kept(cache_.NewCachePurge(), given, cache_.DeleteCachePurge);
+}
+
+void* Sweep::snapshot(bool given) {
+  std::uint32_t count = 0;
+  return kept(static_cast<void*>(inspect_.NewAtomSnapshot(&count)), given, inspect_.DeleteSnapshot);
 }
 
 ZEBContainer* Sweep::stream(bool given) {

@@ -126,6 +126,7 @@ class Sweep : public contract::ComponentLibrary {
   ZEBCacheID* pinnedCacheId(bool given);
   ZEBCacheSet* cacheSet(bool given);
   ZEBCachePurge* cachePurge(bool given);
+  void* snapshot(bool given);
   ZEBContainer* stream(bool given);
   ZEBDataSink* dataSink(bool given);
   ZEBDataSink* filter(bool given);
@@ -197,6 +198,7 @@ class Sweep : public contract::ComponentLibrary {
   ZEBCacheProcs cache_;
   ZEBStreamFactoryProcs streams_;
   ZEBFilterProcs filters_;
+  ZEBInspectProcs inspect_;
   alignas(16) char bytes_[64] = {};
   std::vector<std::function<void()>> samples_;
   std::uint64_t failingAllocation_;
