@@ -18,7 +18,7 @@ bench = build/release/bench/zeb_bench
 
 ##@ Everyday
 
-.PHONY: test demo bench check gates format coverage help
+.PHONY: test demo bench check gates reference format coverage help
 test: release ## Build the release preset and run every test
 	$(heading) 'every test of the release build'
 	$(ctest) release
@@ -33,6 +33,9 @@ bench: $(bench) ## Measure against the peers and rewrite docs/performance.md
 	tools/performance_page.py
 
 check: test gates ## Everything that CI runs: test, then the gates
+
+reference: ## Rewrite docs/reference/ from share/zeb/zeb.json
+	tools/generate.py pages
 
 format: ## Format every source in place
 	$(packages) gates
@@ -55,8 +58,8 @@ help: ## Show this list
 
 ##@ Gates
 
-gates := gate-floors gate-format gate-exports gate-hardening gate-asan gate-tsan gate-clang \
-  gate-tidy gate-memcheck gate-consume gate-bench
+gates := gate-floors gate-format gate-description gate-exports gate-hardening gate-asan \
+  gate-tsan gate-clang gate-tidy gate-memcheck gate-consume gate-bench
 .PHONY: $(gates) gate-packages
 gates: $(gates) demo ## All of them, and the demo
 
@@ -67,6 +70,11 @@ gate-floors: gate-packages ## No include runs up to a higher floor
 gate-format: gate-packages ## The sources look as .clang-format says
 	$(heading) 'the look of the sources'
 	tools/check_format.sh
+
+gate-description: gate-packages ## share/zeb/zeb.json is sound, and the reference pages are its own
+	$(heading) 'the description of the interfaces'
+	tools/check_description.py
+	tools/generate.py pages --check
 
 gate-exports: release ## The library exports its eleven names and nothing else
 	$(heading) 'what the library exports'

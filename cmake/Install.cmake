@@ -1,6 +1,7 @@
-# What an installed libzeb consists of: the library, its headers, the CMake package, the pkg-config
-# file and the documents; and the Debian packages that CPack makes of it. Everything that is
-# installed finds its neighbours from where it lies, so the tree may be moved as a whole.
+# What an installed libzeb consists of: the library, its headers, their machine-readable description,
+# the CMake package, the pkg-config file, the documents and zebinfo (tools/zebinfo); and the Debian
+# packages that CPack makes of it. Everything that is installed finds its neighbours from where it
+# lies, so the tree may be moved as a whole.
 
 include(CMakePackageConfigHelpers)
 include(GNUInstallDirs)
@@ -15,6 +16,8 @@ install(TARGETS zeb EXPORT zebTargets
 install(TARGETS zeb_headers zeb_sdk EXPORT zebTargets)
 install(DIRECTORY include/zeb TYPE INCLUDE COMPONENT development
   FILES_MATCHING PATTERN *.h PATTERN *.hpp)
+install(FILES share/zeb/zeb.json share/zeb/zeb.schema.json
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/zeb COMPONENT development)
 install(FILES README.md docs/rationales.md TYPE DOC COMPONENT development)
 
 # --- the CMake package ------------------------------------------------------------------------------
@@ -73,6 +76,9 @@ set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_ALL runtime development)
+if(ZEB_BUILD_TOOLS)
+  list(APPEND CPACK_COMPONENTS_ALL tools)
+endif()
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libzeb${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
@@ -87,4 +93,13 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
   "libzeb${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION})")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
   "Headers, CMake package and pkg-config file for hosts and modules.")
+set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME zeb-tools)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
+# The library is not installed while its package is made; the version is what dpkg-shlibdeps cannot
+# know.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/lib)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "libzeb${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION})")
+set(CPACK_COMPONENT_TOOLS_DESCRIPTION
+  "zebinfo, which shows what a running library serves.")
 include(CPack)

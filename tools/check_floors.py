@@ -10,7 +10,7 @@ A room is a folder of src/ and stands on a floor. The rules:
              through others
   private    a header in <room>/detail/ is included by its own room and that room's tests only
   contract   include/ includes nothing of src/, and the C headers nothing of the C++ SDK; the
-             contract tests and the examples see public headers only
+             contract tests, the examples and the tools see public headers only
   readable   every quoted include in src/ and include/ names a file that exists, by its path from
              src/, from include/ or from the including file's own folder
 
@@ -29,7 +29,7 @@ FLOORS = {
     "registry": 3,
     "errors": 4, "events": 4,
     "container": 5, "buffers": 5,
-    "streams": 6, "cache": 6, "filters": 6,
+    "streams": 6, "cache": 6, "filters": 6, "inspect": 6,
     "frame": 7,
 }
 
@@ -55,7 +55,7 @@ class Tree:
         self.root = root
         self.faults = []
         self.arrows = {}
-        for top in ("src", "include", "tests", "examples"):
+        for top in ("src", "include", "tests", "examples", "tools"):
             for path in sorted((root / top).rglob("*")):
                 if path.suffix in SOURCES:
                     self.arrows[path.relative_to(root)] = []
@@ -103,7 +103,7 @@ def check_arrow(tree, path, target):
         tree.fault(path, f"floor {FLOORS[here]} includes {target} on floor {FLOORS[there]}")
     if there and "detail" in target.parts and there not in (here, tested_room(path)):
         tree.fault(path, f"includes {target}, which is private to {there}")
-    if there and path.parts[0] in ("include", "examples"):
+    if there and path.parts[0] in ("include", "examples", "tools"):
         tree.fault(path, f"includes {target}, which is not public")
     if there and tested_room(path) == "contract":
         tree.fault(path, f"a contract test includes {target}, which is not public")

@@ -5,13 +5,13 @@
 set -euo pipefail
 
 declare -A packages=(
-  [build]="cmake ninja-build g++ pkg-config python3"
+  [build]="cmake ninja-build g++ pkg-config python3 libfmt-dev libcli11-dev"
   [test]="libgtest-dev libgmock-dev"
   [demo]="zlib1g-dev libxxhash-dev libfmt-dev libcli11-dev"
   [bench]="libbenchmark-dev libglib2.0-dev libboost-dev libjemalloc-dev libmimalloc-dev libabsl-dev
            libtbb-dev libfmt-dev libcli11-dev"
   [gates]="clang clang-format clang-tidy libclang-rt-14-dev valgrind binutils gcovr
-           dpkg-dev file"
+           dpkg-dev file python3-jsonschema"
 )
 
 # missing <group>...: prints the packages of the groups that are not installed.

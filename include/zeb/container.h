@@ -92,14 +92,16 @@ typedef void *(*ZEBDecrementWithoutDeleteProc)(ZEBContainer *container);
  */
 typedef void (*ZEBDeleteUnownedContainerProc)(ZEBContainer *container);
 
-/* Adds an interface before all others; one that is there already is left where it is. */
+/*
+ * Adds an interface before all others; one that is there already is left where it is. [one-owner]
+ */
 typedef ZEBErrorObject *(*ZEBRegisterInterfaceV2Proc)(ZEBContainer *container,
                                                       ZEBString *interfaceName);
 
 /*
  * Adds an instance before all others, also when the name is there already. The data belongs to the
  * container: if adding it fails, destroy is called before the proc returns. A null container is
- * ignored, with a null answer, and the data stays the caller's. [calls-host]
+ * ignored, with a null answer, and the data stays the caller's. [one-owner] [calls-host]
  */
 typedef ZEBErrorObject *(*ZEBRegisterInstanceV2Proc)(ZEBContainer *container, void *data,
                                                      ZEBString *instanceName,

@@ -9,6 +9,7 @@
  *   [any-thread]    may be called by any thread at any time while the library is initialised
  *   [one-owner]     may be called by the thread that the object belongs to at that time
  *   [frame-thread]  called by one thread while no other thread uses the library
+ *   [one-owner]     may be called by one thread at a time for the same object
  *   [calls-host]    may call a procedure of the host or of a client before it returns; no lock of
  * the library is held meanwhile
  */

@@ -11,6 +11,7 @@
 #include "zeb/exports.h"
 #include "zeb/filter.h"
 #include "zeb/frame.h"
+#include "zeb/inspect.h"
 #include "zeb/memory.h"
 #include "zeb/memory_debug.h"
 #include "zeb/older_stream.h"

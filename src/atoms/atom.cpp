@@ -40,6 +40,11 @@ void excuseReference(ZEBString* atom) noexcept {
 }
 
 void forgetRecent() noexcept { table.forgetRecent(); }
+void forEachLive(const Visitor<const ZEBString&, uint32_t>& visit) noexcept {
+  table.forEachLive(visit);
+}
+
+LiveObjects live() noexcept { return table.live(); }
 
 void addTableUser() noexcept { table.addUser(); }
 void dropTableUser() noexcept { table.dropUser(); }

@@ -10,7 +10,9 @@
 #include <span>
 #include <utility>
 
+#include "base/live_objects.h"
 #include "util/text_key.h"
+#include "util/visitor.h"
 #include "zeb/exports.h"
 
 // One block: this header, then the text and its zero.
@@ -66,6 +68,13 @@ void addTableUser() noexcept;
 // Null is ignored. Only before the last user is dropped.
 void excuseReference(ZEBString* atom) noexcept;
 void dropTableUser() noexcept;
+
+// Calls `visit` with every live atom of the table and its references, in no order, under the
+// table's lock: it must not allocate, call the library or keep what it sees.
+void forEachLive(const Visitor<const ZEBString&, uint32_t>& visit) noexcept;
+
+// Kept are those that only the ring of recent atoms holds.
+[[nodiscard]] LiveObjects live() noexcept;
 
 // Owns one reference.
 class Ref {

@@ -212,6 +212,31 @@ bool AtomTable::isKnown(const TextKey& key) const noexcept {
   return atom != nullptr && atom->references.load(std::memory_order_relaxed) != 0;
 }
 
+void AtomTable::forEachLiveLocked(const Visitor<const ZEBString&, uint32_t>& visit) noexcept {
+  table_.forEach([&](const ZEBString* atom) {
+    const uint32_t references = atom->references.load(std::memory_order_relaxed);
+    if (references != 0) visit(*atom, references);
+    return false;
+  });
+}
+
+void AtomTable::forEachLive(const Visitor<const ZEBString&, uint32_t>& visit) noexcept {
+  const SpinGuard guard(lock_);
+  forEachLiveLocked(visit);
+}
+
+LiveObjects AtomTable::live() noexcept {
+  LiveObjects objects;
+  const SpinGuard guard(lock_);
+  forEachLiveLocked([&](const ZEBString& /*atom*/, uint32_t /*references*/) { ++objects.live; });
+  for (const ZEBString* recent : ring_) {
+    if (recent != nullptr && recent->references.load(std::memory_order_relaxed) == 1) {
+      ++objects.kept;
+    }
+  }
+  return objects;
+}
+
 ZEBString* AtomTable::find(const TextKey& key) const noexcept {
   return table_.find(key.hash,
                      [&](const ZEBString& it) { return key.equals(it.text(), it.length); });

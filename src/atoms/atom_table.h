@@ -38,6 +38,9 @@ class AtomTable {
 
   // Empties the ring.
   void forgetRecent() noexcept ZEB_EXCLUDES(lock_);
+  // `visit` is called under the lock.
+  void forEachLive(const Visitor<const ZEBString&, uint32_t>& visit) noexcept ZEB_EXCLUDES(lock_);
+  [[nodiscard]] LiveObjects live() noexcept ZEB_EXCLUDES(lock_);
 
   void addUser() noexcept { ++users_; }
   void dropUser() noexcept;
@@ -90,6 +93,8 @@ class AtomTable {
   void emptyRingLocked() noexcept ZEB_REQUIRES(lock_);
   void tearDown() noexcept ZEB_EXCLUDES(lock_);
   bool orphanTheRestLocked() noexcept ZEB_REQUIRES(lock_);
+  void forEachLiveLocked(const Visitor<const ZEBString&, uint32_t>& visit) noexcept
+      ZEB_REQUIRES(lock_);
 
   SpinLock lock_{50};
   Table table_;  // searched without the lock, changed under it

@@ -59,8 +59,9 @@ extern constinit HostState hostState;
 inline uint32_t unregisterCount() noexcept {
   return std::atomic_ref(hostState.unregisterCount).load(std::memory_order_acquire);
 }
-inline void moveUnregisterCount() noexcept {
-  std::atomic_ref(hostState.unregisterCount).fetch_add(1, std::memory_order_acq_rel);
+// Returns the value that it has moved to.
+inline uint32_t moveUnregisterCount() noexcept {
+  return std::atomic_ref(hostState.unregisterCount).fetch_add(1, std::memory_order_acq_rel) + 1;
 }
 
 // Tells the host's error-report procedure, if there is one. What it throws is swallowed.

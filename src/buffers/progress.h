@@ -5,17 +5,18 @@
 #include <atomic>
 #include <cstdint>
 
+#include "base/live_objects.h"
 #include "base/object_bases.h"
 #include "zeb/progress.h"
 
 struct ZEBProgress : ZEBBase {
-  ZEBProgress() = default;
+  ZEBProgress() noexcept;
   ZEBProgress(const ZEBProgress&) = delete;
   ZEBProgress& operator=(const ZEBProgress&) = delete;
 
   // The answer to the operation that reports. May throw what a client's procedure throws.
   virtual bool Update(uint64_t done, uint64_t total) = 0;
-  virtual ~ZEBProgress() = default;
+  virtual ~ZEBProgress();
 
   std::atomic<uint32_t> references{1};
 };
@@ -43,6 +44,8 @@ class ClientProgress final : public ZEBProgress {
 };
 
 void release(ZEBProgress& progress) noexcept;
+
+[[nodiscard]] LiveObjects liveProgress() noexcept;
 
 }  // namespace zeb::buffers
 

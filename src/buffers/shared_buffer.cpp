@@ -75,6 +75,8 @@ void release(ZEBSharedBuffer& buffer) noexcept {
   pool.destroy(&buffer);
 }
 
+LiveObjects liveBuffers() noexcept { return {.live = pool.live()}; }
+
 void deleteUnowned(ZEBSharedBuffer& buffer) noexcept {
   buffer.hook = nullptr;
   addReference(buffer);

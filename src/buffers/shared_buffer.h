@@ -8,6 +8,7 @@
 #include <atomic>
 #include <cstdint>
 
+#include "base/live_objects.h"
 #include "zeb/shared_buffer.h"
 
 struct ZEBSharedBuffer {
@@ -31,6 +32,8 @@ inline void addReference(ZEBSharedBuffer& buffer) noexcept {
 }
 void release(ZEBSharedBuffer& buffer) noexcept;
 void deleteUnowned(ZEBSharedBuffer& buffer) noexcept;
+
+[[nodiscard]] LiveObjects liveBuffers() noexcept;
 
 }  // namespace zeb::buffers
 

@@ -1,5 +1,6 @@
 #include "container/container.h"
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 
@@ -157,6 +158,14 @@ void finishFull(ZEBContainer& container, const FullContainerParts& parts) noexce
                      .instanceData = parts.data};
 }
 
+template <class Pool>
+LiveObjects liveIn(Pool& pool) noexcept {
+  // Another thread may recycle or delete between the two numbers.
+  const uint64_t kept = recycled.count();
+  const uint64_t live = pool.live();
+  return {.live = live, .kept = std::min(kept, live)};
+}
+
 }  // namespace
 
 void Instance::end() noexcept {
@@ -267,6 +276,10 @@ void addInstance(ZEBContainer& container, void* data, ZEBString* name,
                  ZEBContainerDestroy destroy) {
   cacheFirstInstance(container, linkInstance(container, data, name, destroy));
 }
+
+LiveObjects liveContainers() noexcept { return liveIn(containerPool); }
+LiveObjects liveInstances() noexcept { return liveIn(instancePool); }
+LiveObjects liveInterfaces() noexcept { return liveIn(interfacePool); }
 
 void emptyRecycled() noexcept {
   while (ZEBContainer* container = recycled.pop()) deleteRecords(container);

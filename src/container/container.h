@@ -18,6 +18,7 @@
 #include <span>
 
 #include "atoms/atom.h"
+#include "base/live_objects.h"
 #include "base/object_bases.h"
 #include "util/intrusive_list.h"
 #include "zeb/container.h"
@@ -101,6 +102,11 @@ void addInstance(ZEBContainer& container, void* data, ZEBString* name, ZEBContai
 // Counts itself. Null when no instance has the name.
 [[nodiscard]] const Instance* findInstance(const ZEBContainer& container,
                                            const ZEBString* name) noexcept;
+
+// Kept are those of recycled containers, each of which has one instance and one interface.
+[[nodiscard]] LiveObjects liveContainers() noexcept;
+[[nodiscard]] LiveObjects liveInstances() noexcept;
+[[nodiscard]] LiveObjects liveInterfaces() noexcept;
 
 // Deletes the recycled containers.
 void emptyRecycled() noexcept;

@@ -31,6 +31,11 @@ class RecycledContainers {
     return count_ != 0 ? stack_[--count_] : nullptr;
   }
 
+  [[nodiscard]] size_t count() noexcept ZEB_EXCLUDES(lock_) {
+    const SpinGuard guard(lock_);
+    return count_;
+  }
+
   // Only while one thread uses the library.
   template <class Visit>
   void forEach(Visit visit) const ZEB_NO_THREAD_SAFETY_ANALYSIS {

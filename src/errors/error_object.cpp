@@ -9,6 +9,8 @@ namespace zeb::errors {
 
 namespace {
 
+constinit LiveTally liveErrors;
+
 void destroy(ZEBErrorObject* error) noexcept {
   if (error->infoDelete != nullptr) {
     try {
@@ -19,6 +21,7 @@ void destroy(ZEBErrorObject* error) noexcept {
   const ZEBObjFree freeThrough = error->freeThrough;
   error->~ZEBErrorObject();
   freeObjectThrough(freeThrough, error);
+  liveErrors.ended();
 }
 
 }  // namespace
@@ -32,8 +35,11 @@ ZEBErrorObject* make(const char* message, const char* component, int32_t id) {
   error->component = std::move(names[0]);
   error->message = std::move(names[1]);
   error->freeThrough = hostState.objects.free;
+  liveErrors.made();
   return error;
 }
+
+LiveObjects live() noexcept { return {.live = liveErrors.live()}; }
 
 void addReference(ZEBErrorObject* error) noexcept {
   if (error != nullptr) error->references.fetch_add(1, std::memory_order_relaxed);

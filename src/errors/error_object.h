@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "atoms/atom.h"
+#include "base/live_objects.h"
 #include "zeb/exports.h"
 #include "zeb/types.h"
 
@@ -34,6 +35,8 @@ namespace zeb::errors {
 // Null is ignored by both.
 void addReference(ZEBErrorObject* error) noexcept;
 void release(ZEBErrorObject* error) noexcept;
+
+[[nodiscard]] LiveObjects live() noexcept;
 
 // The same error with one more reference.
 inline ZEBErrorObject* shared(ZEBErrorObject* error) noexcept {

@@ -64,6 +64,8 @@ void deleteCounter(ZEBEventCounter* counter) noexcept {
   destroyObject(counter);
 }
 
+LiveObjects liveCounters() noexcept { return {.live = registry.count()}; }
+
 // The memory is taken before the lock, so the number of counters may have grown by then.
 ZEBEventRecord* makeSnapshot(uint32_t& count) {
   uint64_t copied = registry.count();

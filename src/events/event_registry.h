@@ -7,6 +7,7 @@
 
 #include <cstdint>
 
+#include "base/live_objects.h"
 #include "base/object_bases.h"
 #include "base/tally.h"
 #include "util/intrusive_list.h"
@@ -31,6 +32,8 @@ namespace zeb::events {
 // Raises what allocation raises.
 [[nodiscard]] ZEBEventCounter* makeCounter(const char* name, int32_t criticality);
 void deleteCounter(ZEBEventCounter* counter) noexcept;  // not null
+
+[[nodiscard]] LiveObjects liveCounters() noexcept;
 
 // One record per counter, the latest made first, in memory of freeObject. Raises what allocation
 // raises.

@@ -39,14 +39,21 @@ const std::array entries{ZEB_FRAME_PROCS(ZEB_ROW)};
 
 constexpr size_t kReportErrorRow = 1;
 
+// Filled from the host's choice at each start.
+std::array<ZEBProcTableEntry, entries.size()> hostEntries{};
+
 }  // namespace
 
+ServiceTable frame::frameService() {
+  if (hostState.errorReport == nullptr) return {ZEB_FRAME_INTERFACE, entries, {}};
+  hostEntries = entries;
+  hostEntries[kReportErrorRow].proc = reinterpret_cast<ZEBProc>(hostState.errorReport);
+  return {ZEB_FRAME_INTERFACE, hostEntries, {}};
+}
+
 bool frame::registerFrameProcs() {
-  auto chosen = entries;
-  if (hostState.errorReport != nullptr) {
-    chosen[kReportErrorRow].proc = reinterpret_cast<ZEBProc>(hostState.errorReport);
-  }
-  return registry::addAll(chosen, ZEB_FRAME_INTERFACE);
+  const ServiceTable table = frameService();
+  return registry::addAll(table.entries, table.interfaceName);
 }
 
 }  // namespace zeb

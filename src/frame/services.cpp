@@ -10,6 +10,7 @@
 #include "events/event_binding.h"
 #include "events/event_service.h"
 #include "filters/filter_service.h"
+#include "inspect/inspect_service.h"
 #include "memory/memory_services.h"
 #include "registry/memory_binding.h"
 #include "registry/proc_registry.h"
@@ -18,11 +19,6 @@
 namespace zeb::frame {
 
 namespace {
-
-struct Service {
-  ServiceTable (*table)();
-  void (*prepare)();  // before the table is registered; null: nothing to prepare
-};
 
 // Start-up can be read off this array.
 constexpr Service kServices[] = {
@@ -42,6 +38,7 @@ constexpr Service kServices[] = {
     {streamService, nullptr},
     {filterService, nullptr},
     {eventService, events::connectCounters},
+    {inspectService, nullptr},
 };
 
 bool registerService(const Service& service) {
@@ -52,6 +49,8 @@ bool registerService(const Service& service) {
 }
 
 }  // namespace
+
+std::span<const Service> services() noexcept { return kServices; }
 
 bool registerServices() {
   for (const Service& service : kServices) {

@@ -17,6 +17,17 @@ void ObjectPool::PageList::remove(Page* page) noexcept {
   if (page->next != nullptr) page->next->previous = page->previous;
 }
 
+uint64_t ObjectPool::PageList::taken() const noexcept {
+  uint64_t slots = 0;
+  for (const Page* page = head; page != nullptr; page = page->next) slots += page->used;
+  return slots;
+}
+
+uint64_t ObjectPool::taken() noexcept {
+  const SpinGuard guard(lock_);
+  return withFreeSlots_.taken() + full_.taken();
+}
+
 ObjectPool::Slot* ObjectPool::slotAt(Page* page, uint32_t index) const noexcept {
   auto* slots = reinterpret_cast<unsigned char*>(page + 1);
   return reinterpret_cast<Slot*>(slots + index * slotBytes_);

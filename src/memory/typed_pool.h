@@ -29,6 +29,8 @@ class TypedPool {
     pool_.giveBack(object);
   }
 
+  [[nodiscard]] uint64_t live() noexcept { return pool_.taken(); }
+
  private:
   ObjectPool pool_;
 };

@@ -3,12 +3,14 @@
 #include "base/host_state.h"
 #include "base/library_counters.h"
 #include "registry/proc_table.h"
+#include "registry/unregistered_names.h"
 
 namespace zeb::registry {
 
 namespace {
 
 constinit ProcTable table;
+constinit UnregisteredNames unregistered;
 
 // What a search without lock and references came to.
 struct Answer {
@@ -84,10 +86,10 @@ bool add(const char* interfaceName, const char* methodName, const char* procName
 }
 
 void removeInterface(const char* interfaceName) noexcept {
-  moveUnregisterCount();
+  const uint32_t count = moveUnregisterCount();
   try {
     const atoms::Ref name(interfaceName);
-    table.removeInterface(name.get());
+    if (table.removeInterface(name.get())) unregistered.remember(TextKey(interfaceName), count);
   } catch (...) {  // no memory to intern a name means that nothing is registered under it
   }
 }
@@ -133,7 +135,26 @@ bool findAll(std::span<const ZEBProcRequest> requests, const char* interfaceName
   return true;
 }
 
-void removeEverything() noexcept { table.clear(); }
-void forgetEverything() noexcept { table.forget(); }
+void forEachProc(const Visitor<const RegisteredProc&>& visit) noexcept {
+  table.forEach([&](const ProcEntry& entry) {
+    visit({{entry.names[0].get(), entry.names[1].get(), entry.names[2].get()}, entry.proc});
+  });
+}
+
+LiveObjects liveProcs() noexcept { return {.live = table.count()}; }
+
+std::optional<uint32_t> lastUnregistration(const char* interfaceName) noexcept {
+  return unregistered.find(TextKey(interfaceName));
+}
+
+void removeEverything() noexcept {
+  table.clear();
+  unregistered.forget();
+}
+
+void forgetEverything() noexcept {
+  table.forget();
+  unregistered.forget();
+}
 
 }  // namespace zeb::registry

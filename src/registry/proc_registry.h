@@ -12,10 +12,14 @@
 #ifndef ZEB_REGISTRY_PROC_REGISTRY_H
 #define ZEB_REGISTRY_PROC_REGISTRY_H
 
+#include <array>
 #include <cstdint>
+#include <optional>
 #include <span>
 
+#include "base/live_objects.h"
 #include "base/service_table.h"
+#include "util/visitor.h"
 #include "zeb/types.h"
 
 namespace zeb::registry {
@@ -41,6 +45,22 @@ bool addAll(std::span<const ZEBProcTableEntry> entries, const char* interfaceNam
 // first that is missing: its slot becomes null, the slots behind it stay as they were.
 bool findAll(std::span<const ZEBProcRequest> requests, const char* interfaceName,
              ZEBProc* procs) noexcept;
+
+// One entry as it stands in the registry.
+struct RegisteredProc {
+  std::array<const ZEBString*, 3> names;  // of interface, method and proc; null for a null name
+  ZEBProc proc;
+};
+
+// Calls `visit` with every entry, in no order, under the registry's lock: it must not allocate,
+// call the library or keep what it sees.
+void forEachProc(const Visitor<const RegisteredProc&>& visit) noexcept;
+
+[[nodiscard]] LiveObjects liveProcs() noexcept;
+
+// The change counter that the interface's last unregistration since the start brought about, if
+// that is remembered: the last 64 names are.
+[[nodiscard]] std::optional<uint32_t> lastUnregistration(const char* interfaceName) noexcept;
 
 // Empties the registry. Only while no other thread uses the library.
 void removeEverything() noexcept;

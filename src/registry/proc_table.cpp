@@ -57,9 +57,10 @@ ProcTable::Outcome ProcTable::tryInsert(const ProcKey& key, ProcEntry* entry, Ob
   return Outcome::inserted;
 }
 
-void ProcTable::removeInterface(const ZEBString* interfaceName) noexcept {
+bool ProcTable::removeInterface(const ZEBString* interfaceName) noexcept {
   Leftovers leftovers;
   const SpinGuard guard(lock_);
+  const uint64_t before = table_.count();
   table_.forEach([&](ProcEntry* entry) ZEB_NO_THREAD_SAFETY_ANALYSIS {  // called right here
     if (entry->names[0].get() != interfaceName) return false;
     table_.remove(entry);
@@ -68,6 +69,20 @@ void ProcTable::removeInterface(const ZEBString* interfaceName) noexcept {
   });
   leftovers.entries = retiredEntries_.takeUnseen();
   leftovers.arrays = retiredArrays_.takeUnseen();
+  return table_.count() != before;
+}
+
+void ProcTable::forEach(const Visitor<const ProcEntry&>& visit) noexcept {
+  const SpinGuard guard(lock_);
+  table_.forEach([&](const ProcEntry* entry) {
+    visit(*entry);
+    return false;
+  });
+}
+
+uint64_t ProcTable::count() noexcept {
+  const SpinGuard guard(lock_);
+  return table_.count();
 }
 
 void ProcTable::clear() noexcept {

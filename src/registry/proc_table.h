@@ -12,6 +12,7 @@
 #include "platform/spin_lock.h"
 #include "util/concurrent_table.h"
 #include "util/text_key.h"
+#include "util/visitor.h"
 #include "zeb/types.h"
 
 namespace zeb::registry {
@@ -91,9 +92,14 @@ class ProcTable {
   // allocation raises.
   bool insert(const ProcKey& key, ProcEntry* entry) ZEB_EXCLUDES(lock_);
 
-  void removeInterface(const ZEBString* interfaceName) noexcept ZEB_EXCLUDES(lock_);
+  // False when there was no such interface.
+  bool removeInterface(const ZEBString* interfaceName) noexcept ZEB_EXCLUDES(lock_);
   void clear() noexcept ZEB_EXCLUDES(lock_);
   void forget() noexcept { (void)table_.release(); }
+
+  // `visit` is called under the lock.
+  void forEach(const Visitor<const ProcEntry&>& visit) noexcept ZEB_EXCLUDES(lock_);
+  [[nodiscard]] uint64_t count() noexcept ZEB_EXCLUDES(lock_);
 
  private:
   using Array = Table::Array;

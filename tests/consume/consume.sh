@@ -17,6 +17,7 @@ install_to() {
   shift
   cmake --install "$build" --prefix "$prefix" >/dev/null
   [[ -e $prefix/include/zeb/zeb.h ]] || fail "nothing was installed to $prefix"
+  [[ -e $prefix/share/zeb/zeb.json ]] || fail "the description was not installed to $prefix"
 }
 
 # run_project <cmake option>...: configures, builds and runs the consumer.
@@ -51,6 +52,13 @@ plain_c() {
     fail "the host did not greet"
 }
 
+# inspects_itself <prefix>: an installed zebinfo, if there is one, takes the library beside it.
+inspects_itself() {
+  [[ -e $1/bin/zebinfo ]] || return 0
+  "$1/bin/zebinfo" --json | grep -F '"file": "' | grep -qF "$1/bin/../lib/libzeb.so.4" ||
+    fail "zebinfo does not find the library beside it"
+}
+
 rm -rf "$work"
 mkdir -p "$work"
 case $kind in
@@ -65,6 +73,7 @@ case $kind in
       fail "the files above name a folder of this machine"
     fi
     run_project -DCMAKE_PREFIX_PATH="$work/second"
+    inspects_itself "$work/second"
     rm -rf "$work/consumer"
     plain_c "$work/second/lib/pkgconfig"
     ;;
@@ -82,7 +91,7 @@ case $kind in
   # The library is built again in these three, which takes its time.
   absolute_libdir)
     cmake -S "$source" -B "$work/build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
-      -DZEB_BUILD_TESTS=OFF -DZEB_BUILD_EXAMPLES=OFF -DZEB_BUILD_BENCH=OFF \
+      -DZEB_BUILD_TESTS=OFF -DZEB_BUILD_EXAMPLES=OFF -DZEB_BUILD_BENCH=OFF -DZEB_BUILD_TOOLS=OFF \
       -DCMAKE_INSTALL_PREFIX="$work/prefix" -DCMAKE_INSTALL_LIBDIR="$work/elsewhere/lib" >/dev/null
     cmake --build "$work/build" --parallel "${JOBS:-2}" >/dev/null
     build=$work/build
@@ -101,12 +110,15 @@ case $kind in
   packages)
     (cd "$work" && cpack -G DEB --config "$build/CPackConfig.cmake" -B "$work" >"$work/log")
     local_architecture=$(dpkg --print-architecture)
-    for package in libzeb4_4.0_ libzeb-dev_4.0_; do
+    packages=(libzeb4_4.0_ libzeb-dev_4.0_)
+    [[ ! -e $build/tools/zebinfo/zebinfo ]] || packages+=(zeb-tools_4.0_)
+    for package in "${packages[@]}"; do
       dpkg-deb --extract "$work/$package$local_architecture.deb" "$work/root"
     done
     dpkg-deb --field "$work/libzeb4_4.0_$local_architecture.deb" Depends | grep -q libc6 ||
       fail "the package does not say what it needs"
     plain_c "$work/root/usr/lib/pkgconfig"
+    inspects_itself "$work/root/usr"
     ;;
   *) fail "unknown case $kind" ;;
 esac

@@ -39,6 +39,7 @@ class Chain : public FilterTest {
   FilterClient clientB_ = Client("b");
   FilterClient s_ = Client("s");
   FilterClient t_ = Client("t");
+  FilterClient c_ = Client("c");
   ZEBDataSink* sink_;
   ZEBDataSink* b_;
   ZEBDataSink* a_;
@@ -239,10 +240,9 @@ TEST_F(ChangingChain, IsReleasedByItsLastFilterWhileItIsClosed) {
 }
 
 TEST_F(ChangingChain, GrowsWhileItIsClosed) {
-  FilterClient c = Client("c");
   clientA_.onClose = [&] {
     clientA_.onClose = nullptr;
-    EXPECT_EQ(Outcome(filter_.SetDataSink(b_, NewFilter(NewNull(), c))), kSuccess);
+    EXPECT_EQ(Outcome(filter_.SetDataSink(b_, NewFilter(NewNull(), c_))), kSuccess);
   };
   filter_.Close(a_);
   EXPECT_THAT(TakeDiary(), ElementsAre("a closes", "b closes", "s ends", "b closes", "c closes"));

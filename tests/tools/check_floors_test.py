@@ -86,6 +86,10 @@ class CheckFloorsTest(unittest.TestCase):
         found = self.faults({"examples/hosting/host.cpp": '#include "memory/pool.h"\n'})
         self.assertIn("examples/hosting/host.cpp: includes src/memory/pool.h", found)
 
+    def test_rejects_a_private_header_in_a_tool(self):
+        found = self.faults({"tools/zebinfo/main.cpp": '#include "memory/pool.h"\n'})
+        self.assertIn("tools/zebinfo/main.cpp: includes src/memory/pool.h", found)
+
     def test_rejects_a_file_outside_every_room(self):
         self.assertIn("src/stray.h: stands in no room", self.faults({"src/stray.h": ""}))
         self.assertIn("src/attic/box.h: stands in no room", self.faults({"src/attic/box.h": ""}))
