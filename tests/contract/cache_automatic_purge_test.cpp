@@ -1,9 +1,9 @@
 // What happens when the cache grows: the marks, the thread, the host's request, stopping.
 
 #include <dirent.h>
-#include <pthread.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <atomic>
 #include <cstdint>
