@@ -130,7 +130,8 @@ class Cache {
 
   bool claim(ZEBCachePurge& purge, Wait wait) noexcept ZEB_EXCLUDES(lock_);
   void placeSorted(ZEBCachePurge& purge) ZEB_EXCLUDES(lock_);
-  [[nodiscard]] Walk walkLocked(ZEBCachePurge& purge) noexcept ZEB_REQUIRES(lock_);
+  [[nodiscard]] Walk walkLocked(ZEBCachePurge& purge, uint64_t longest) noexcept
+      ZEB_REQUIRES(lock_);
   void evictLocked(ZEBCachePurge& purge, Deletions& deletions) noexcept ZEB_REQUIRES(lock_);
   void standOnLocked(ZEBCachePurge& purge, ZEBCacheID* id) noexcept ZEB_REQUIRES(lock_);
   void finishLocked() noexcept ZEB_REQUIRES(lock_);

@@ -9,14 +9,19 @@
 #include "zeb/cache.h"
 #include "zeb/exports.h"
 
-// Everything here is guarded by the lock of the cache that the identifier belongs to. A search in a
-// set reads what stands first, which is within one cache line.
-struct ZEBCacheID : ZEBBase, zeb::redblack_node<ZEBCacheID> {
+namespace zeb::cache {
+struct HeldData {
+  void* data = nullptr;  // null: empty. The key, if filed
+};
+}  // namespace zeb::cache
+
+// Everything here is guarded by the lock of the cache that the identifier belongs to. What a search
+// in a set reads, the key and the children, stands first and close together.
+struct ZEBCacheID : ZEBBase, zeb::cache::HeldData, zeb::redblack_node<ZEBCacheID> {
   explicit ZEBCacheID(ZEBObjFree freeBy) noexcept : redblack_node{}, freeThrough(freeBy) {}
   ZEBCacheID(const ZEBCacheID&) = delete;
   ZEBCacheID& operator=(const ZEBCacheID&) = delete;
 
-  void* data = nullptr;  // null: empty. The key, if filed
   uint32_t references = 1;
   uint32_t pins = 0;            // MarkNoPurge less MarkPurge; never evicted unless 0
   ZEBCacheSet* set = nullptr;   // that files it, in whose tree it is then

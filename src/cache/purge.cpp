@@ -65,18 +65,20 @@ void Cache::placeSorted(ZEBCachePurge& purge) {
 }
 
 // What a step passes may be the whole cache. The lock is held for a part of it at a time: whatever
-// others do in between, they could have done before the step.
+// others do in between, they could have done before the step. Others may also move identifiers
+// ahead of the walk as fast as it goes; so it rests no more often than the cache is long, and goes
+// the rest of its way at once.
 bool Cache::step(ZEBCachePurge& purge, int64_t enough) noexcept {
-  for (bool resting = false;; sleepMilliseconds(0)) {
+  for (uint64_t rests = 0;; ++rests, sleepMilliseconds(0)) {
     Deletions deletions;
     {
       const SpinGuard guard(lock_);
-      if (resting) --purge.restingWalks;
+      if (rests != 0) --purge.restingWalks;
       if (total_ <= enough) return false;
-      const Walk walk = walkLocked(purge);
+      const bool mayRest = rests <= list_.count() / kLongestWalk;
+      const Walk walk = walkLocked(purge, mayRest ? kLongestWalk : list_.count() + 1);
       if (walk == Walk::end) return false;
-      resting = walk == Walk::unfinished;
-      if (resting) {
+      if (walk == Walk::unfinished) {
         ++purge.restingWalks;
         continue;
       }
@@ -102,16 +104,16 @@ void Cache::settle() noexcept {
   if (list_.count() == 0) clock_ = 0;
 }
 
-Cache::Walk Cache::walkLocked(ZEBCachePurge& purge) noexcept {
+Cache::Walk Cache::walkLocked(ZEBCachePurge& purge, uint64_t longest) noexcept {
   ZEBCacheID* id = purge.cursor;
-  unsigned passed = 0;
-  while (id != nullptr && (id->pins != 0 || id->data == nullptr) && passed < kLongestWalk) {
+  uint64_t passed = 0;
+  while (id != nullptr && (id->pins != 0 || id->data == nullptr) && passed < longest) {
     id = id->newer;
     ++passed;
   }
   standOnLocked(purge, id);
   if (id == nullptr) return Walk::end;
-  return passed < kLongestWalk ? Walk::candidate : Walk::unfinished;
+  return passed < longest ? Walk::candidate : Walk::unfinished;
 }
 
 // The shell of an unfiled identifier harms none of its holders; a filed one is destroyed, and so is
