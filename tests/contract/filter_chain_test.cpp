@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "contract/filter_library.h"
@@ -241,7 +242,6 @@ TEST_F(ChangingChain, IsReleasedByItsLastFilterWhileItIsClosed) {
 
 TEST_F(ChangingChain, GrowsWhileItIsClosed) {
   clientA_.onClose = [&] {
-    clientA_.onClose = nullptr;
     EXPECT_EQ(Outcome(filter_.SetDataSink(b_, NewFilter(NewNull(), c_))), kSuccess);
   };
   filter_.Close(a_);
@@ -280,10 +280,11 @@ TEST_F(ChangingChain, IsReleasedWhileASinkIsAppended) {
 }
 
 TEST_F(ChangingChain, BecomesALoopOnlyWhileItIsClosed) {
-  // While A closes, the sink that is being appended comes to lead back to the chain.
+  // While the chain is closed, the sink that is to be appended comes to lead back to it.
   ZEBDataSink* outer = Owned(NewIdentity(NewNull()));
+  bool closed = false;
   clientB_.onClose = [&] {
-    clientB_.onClose = nullptr;
+    if (std::exchange(closed, true)) return;
     EXPECT_EQ(Outcome(filter_.SetDataSink(outer, a_)), kSuccess);
   };
   EXPECT_EQ(Outcome(filter_.SetDataSink(a_, outer)), kLoop);
