@@ -39,6 +39,8 @@ void excuseReference(ZEBString* atom) noexcept {
   if (atom != nullptr) ++atom->excused;
 }
 
+void forgetRecent() noexcept { table.forgetRecent(); }
+
 void forEachLive(const Visitor<const ZEBString&, uint32_t>& visit) noexcept {
   table.forEachLive(visit);
 }

@@ -36,6 +36,9 @@ class AtomTable {
   void removeDying(ZEBString* atom) noexcept ZEB_EXCLUDES(lock_);
   [[nodiscard]] bool isKnown(const TextKey& key) const noexcept;
 
+  // Empties the ring.
+  void forgetRecent() noexcept ZEB_EXCLUDES(lock_);
+
   // `visit` is called under the lock.
   void forEachLive(const Visitor<const ZEBString&, uint32_t>& visit) noexcept ZEB_EXCLUDES(lock_);
   [[nodiscard]] LiveObjects live() noexcept ZEB_EXCLUDES(lock_);
@@ -88,6 +91,7 @@ class AtomTable {
   void dropReferenceLocked(ZEBString* atom) noexcept ZEB_REQUIRES(lock_);
   void removeLocked(ZEBString* atom) noexcept ZEB_REQUIRES(lock_);
   void collectLocked(Leftovers& leftovers) noexcept ZEB_REQUIRES(lock_);
+  void emptyRingLocked() noexcept ZEB_REQUIRES(lock_);
   void tearDown() noexcept ZEB_EXCLUDES(lock_);
   bool orphanTheRestLocked() noexcept ZEB_REQUIRES(lock_);
   void forEachLiveLocked(const Visitor<const ZEBString&, uint32_t>& visit) noexcept
