@@ -9,6 +9,7 @@
 #include "zeb/error.h"
 #include "zeb/event.h"
 #include "zeb/exports.h"
+#include "zeb/filter.h"
 #include "zeb/frame.h"
 #include "zeb/inspect.h"
 #include "zeb/memory.h"

@@ -1,5 +1,6 @@
 // How a failure is raised, for rooms that stand below the error service. The error service defines
-// these; each throws and does not return.
+// these; each throws and does not return. They are cold: what calls them is kept out of the way of
+// the calls that succeed.
 #ifndef ZEB_BASE_FAILURE_H
 #define ZEB_BASE_FAILURE_H
 
@@ -24,12 +25,12 @@ inline constexpr const char* kMathOverflowMessage = "Math overflow exception";
 inline constexpr const char* kMemoryCopyMessage = "Memory Copy Error";
 
 // A standard error. Allocates nothing.
-[[noreturn]] void raiseStandardKst(int32_t id);
-[[noreturn]] void raiseStandardZeb(int32_t id);
+[[noreturn, gnu::cold]] void raiseStandardKst(int32_t id);
+[[noreturn, gnu::cold]] void raiseStandardZeb(int32_t id);
 
 // A new error of component "KST" or "ZEB"; a null message means that of the standard error `id`.
-[[noreturn]] void raiseNewKst(int32_t id, const char* message);
-[[noreturn]] void raiseNewZeb(int32_t id, const char* message);
+[[noreturn, gnu::cold]] void raiseNewKst(int32_t id, const char* message);
+[[noreturn, gnu::cold]] void raiseNewZeb(int32_t id, const char* message);
 
 }  // namespace zeb
 

@@ -9,6 +9,8 @@
 #include "errors/standard_errors.h"
 #include "events/event_binding.h"
 #include "events/event_service.h"
+#include "filters/filter_service.h"
+
 #include "inspect/inspect_service.h"
 #include "memory/memory_services.h"
 #include "registry/memory_binding.h"
@@ -33,6 +35,7 @@ constexpr Service kServices[] = {
     {sharedBufferService, nullptr},
     {cacheService, cache::prepare},
     {progressService, nullptr},
+    {filterService, nullptr},
     {eventService, events::connectCounters},
     {inspectService, nullptr},
 };

@@ -77,6 +77,26 @@ static void useEvents(ZEBGetProcAddress find) {
   events.DeleteEventCounter(counter);
 }
 
+static uint64_t written;
+
+static ZEBErrorObject* countBytes(void* data, const void* bytes, uint64_t size) {
+  expect(data == &written && bytes != NULL, "a client sink gets its data and the bytes");
+  written += size;
+  return NULL;
+}
+
+static void useFilters(ZEBGetProcAddress find) {
+  ZEBFilterProcs filters;
+  expect(ZEBFetchFilterProcs(find, &filters), "the filter procs are there");
+  ZEBDataSink* sink = NULL;
+  expect(filters.NewClientDataSink(&sink, &written, countBytes, NULL) == NULL, "a sink is made");
+  ZEBDataSink* filter = NULL;
+  expect(filters.NewIdentityFilter(&filter, sink) == NULL, "a filter is made");
+  expect(filters.AddRef(filter) == NULL, "a filter gets its first reference");
+  expect(filters.Write(filter, "bytes", 5) == NULL && written == 5, "bytes pass the filter");
+  filters.Release(filter);
+}
+
 int main(void) {
   expect(ZEBGetVersion() == ZEB_VERSION, "the version is that of the headers");
   const ZEBGetProcAddress find = ZEBInitialize3(NULL, NULL, NULL, NULL, NULL, NULL, report, 7, 0);
@@ -85,6 +105,7 @@ int main(void) {
   useErrors(find);
   useRegistry(find);
   useEvents(find);
+  useFilters(find);
   expect(ZEBTerminate() == 8, "the stop answers the change counter");
   expect(ZEBGetGetProcAddress() == NULL, "the library is stopped");
   expect(reports == 1, "the stop reports nothing");
