@@ -204,6 +204,17 @@ ZEBContainer* makeFull(const FullContainerParts& parts) {
   return draft.release();
 }
 
+// Counted as what it does away with: a container that is made empty and then filled.
+ZEBContainer* makeComponent(const ComponentParts& parts) {
+  counters::emptyContainer.signal();
+  Draft draft(containerPool.make());
+  for (ZEBString* name : parts.interfaceNames) linkInterface(*draft, name);
+  setSignature(*draft, sharedName(parts.signature));
+  cacheFirstInstance(*draft, linkInstance(*draft, parts.data, parts.instanceName, parts.destroy));
+  addFirstReference(*draft);
+  return draft.release();
+}
+
 ZEBContainer* makeClone(ZEBContainer& source) {
   Draft draft(containerPool.make());
   draft->cache.interfaceName = "";

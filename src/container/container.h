@@ -15,6 +15,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <span>
 
 #include "atoms/atom.h"
 #include "base/live_objects.h"
@@ -67,10 +68,20 @@ struct FullContainerParts {
   uint64_t refContext = 0;
 };
 
+// What a component of several interfaces and one instance is made of in one step.
+struct ComponentParts {
+  void* data = nullptr;
+  ZEBString* instanceName = nullptr;
+  ZEBContainerDestroy destroy = nullptr;
+  std::span<ZEBString* const> interfaceNames;  // all different, in the order of registration
+  ZEBString* signature = nullptr;              // their names joined, which the caller keeps at hand
+};
+
 // Each gives one reference to the caller and raises what allocation raises; the data then stays the
 // caller's.
 [[nodiscard]] ZEBContainer* makeEmpty();
 [[nodiscard]] ZEBContainer* makeFull(const FullContainerParts& parts);
+[[nodiscard]] ZEBContainer* makeComponent(const ComponentParts& parts);
 [[nodiscard]] ZEBContainer* makeClone(ZEBContainer& source);
 
 void addReference(ZEBContainer& container);

@@ -15,6 +15,7 @@
 #include "memory/allocator.h"
 #include "registry/memory_binding.h"
 #include "registry/proc_registry.h"
+#include "streams/stream_container.h"
 
 namespace zeb::frame {
 
@@ -50,6 +51,7 @@ bool bringUp() {
   if (!initialiseLazyList(lazyList)) return false;
   if (!registerFrameProcs()) return false;
   makeStreamNames();
+  streams::makeTierSignatures();
   return true;
 }
 
@@ -61,6 +63,7 @@ void tearDown() {
   events::disconnectCounters();
   registry::unbindMemory();
   cache::tearDown();
+  streams::releaseTierSignatures();
   releaseStreamNames();
   errors::releaseStandardErrors();
   container::excuseRecycledNames();

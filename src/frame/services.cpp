@@ -10,11 +10,11 @@
 #include "events/event_binding.h"
 #include "events/event_service.h"
 #include "filters/filter_service.h"
-
 #include "inspect/inspect_service.h"
 #include "memory/memory_services.h"
 #include "registry/memory_binding.h"
 #include "registry/proc_registry.h"
+#include "streams/stream_services.h"
 
 namespace zeb::frame {
 
@@ -35,6 +35,12 @@ constexpr Service kServices[] = {
     {sharedBufferService, nullptr},
     {cacheService, cache::prepare},
     {progressService, nullptr},
+    {streamFactoryService, nullptr},
+    {simpleStreamService, nullptr},
+    {rewindableStreamService, nullptr},
+    {positionableStreamService, nullptr},
+    {newStreamService, nullptr},
+    {streamService, nullptr},
     {filterService, nullptr},
     {eventService, events::connectCounters},
     {inspectService, nullptr},

@@ -14,6 +14,7 @@
 #include <cstring>
 #include <mutex>
 #include <unordered_map>
+#include <vector>
 
 #include "contract/library.h"
 
@@ -30,6 +31,7 @@ struct HostBooks {
   bool failAllAfter = false;       // and so does every later one
   bool throwOnFailure = false;     // failing is throwing instead of answering null
   std::uint64_t sinceArmed = 0;
+  std::vector<std::uint64_t>* sizes = nullptr;  // of the blocks given out meanwhile; null: not kept
 };
 
 struct HostException {};
@@ -96,6 +98,16 @@ class HostMemory {
   static std::uint64_t ForeignFrees() { return Read(&HostBooks::foreignFrees); }
   static std::uint64_t Calls() { return Read(&HostBooks::calls); }
 
+  // The sizes of the blocks that were given out during an operation, in order.
+  template <class Operation>
+  static std::vector<std::uint64_t> SizesOf(Operation operation) {
+    std::vector<std::uint64_t> sizes;
+    KeepSizesIn(&sizes);
+    operation();
+    KeepSizesIn(nullptr);
+    return sizes;
+  }
+
   // Lets the `nth` allocation from now fail, once or together with all later ones.
   static void FailAt(std::uint64_t nth, bool andAllAfter = false, bool byThrowing = false) {
     HostBooks& books = Books();
@@ -119,6 +131,12 @@ class HostMemory {
   static HostBooks& Books() {
     static HostBooks books;
     return books;
+  }
+
+  static void KeepSizesIn(std::vector<std::uint64_t>* sizes) {
+    HostBooks& books = Books();
+    const std::lock_guard guard(books.mutex);
+    books.sizes = sizes;
   }
 
   template <class Member>
@@ -146,6 +164,7 @@ class HostMemory {
     if (block == nullptr) return nullptr;
     std::memset(block, 0xA5, size);
     books.live.emplace(block, size);
+    if (books.sizes != nullptr) books.sizes->push_back(size);
     return block;
   }
 
