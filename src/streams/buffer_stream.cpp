@@ -25,33 +25,34 @@ BufferSharedStreamData::~BufferSharedStreamData() {
 }
 
 uint64_t BufferSharedStream::Read(void* destination, uint64_t count) {
-  const uint64_t n = std::min(data().End() - cursor(), count);
+  const uint64_t n = std::min(data_.End() - cursor(), count);
   if (n == 0) return 0;
   requireBuffer(destination, n);
-  std::memcpy(destination, data().data() + cursor(), n);
+  std::memcpy(destination, data_.data() + cursor(), n);
   setCursor(cursor() + n);
   return n;
 }
 
 void BufferSharedStream::Write(const void* source, uint64_t count) {
-  if (count > data().End() - cursor()) {
+  if (count > data_.End() - cursor()) {
     raiseNewKst(kst::kUnknown, "writing past end of fixed size buffer");
   }
   if (count == 0) return;
   requireBuffer(source, count);
-  std::memcpy(data().data() + cursor(), source, count);
+  std::memcpy(data_.data() + cursor(), source, count);
   setCursor(cursor() + count);
 }
 
 ZEBContainer* BufferSharedStream::CreateIndependentlyPositionableStream() {
-  ZEBContainer* independent = wrap(makeObject<BufferSharedStream>(body()));
+  ZEBContainer* independent = wrap(makeObject<BufferSharedStream>(body(), data_));
   body()->makeReadOnly();
   return independent;
 }
 
 ZEBContainer* makeBufferStream(ZEBSharedBuffer* buffer) {
-  SharedBody body(makeObject<BufferSharedStreamData>(buffer));
-  return wrap(makeObject<BufferSharedStream>(std::move(body)));
+  auto* data = makeObject<BufferSharedStreamData>(buffer);
+  SharedBody body(data);
+  return wrap(makeObject<BufferSharedStream>(std::move(body), *data));
 }
 
 }  // namespace zeb::streams

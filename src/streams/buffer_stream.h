@@ -33,16 +33,16 @@ class BufferSharedStreamData final : public SharedStreamData {
 
 class BufferSharedStream final : public SharedStreamDataStream {
  public:
-  explicit BufferSharedStream(SharedBody body) noexcept : SharedStreamDataStream(std::move(body)) {}
+  // The body, once to hold and once as what it is.
+  BufferSharedStream(SharedBody body, const BufferSharedStreamData& data) noexcept
+      : SharedStreamDataStream(std::move(body)), data_(data) {}
 
   uint64_t Read(void* destination, uint64_t count) override;
   void Write(const void* source, uint64_t count) override;
   ZEBContainer* CreateIndependentlyPositionableStream() override;
 
  private:
-  [[nodiscard]] const BufferSharedStreamData& data() const noexcept {
-    return static_cast<const BufferSharedStreamData&>(*body().get());
-  }
+  const BufferSharedStreamData& data_;
 };
 
 // A new stream's container with one reference for the caller.

@@ -50,7 +50,7 @@ std::FILE* FileSharedStreamData::openAgain() const {
 }
 
 FileSharedStream::~FileSharedStream() {
-  if (file_ != nullptr && file_ != data().file()) (void)std::fclose(file_);
+  if (file_ != nullptr && file_ != data_.file()) (void)std::fclose(file_);
 }
 
 uint64_t FileSharedStream::Read(void* destination, uint64_t count) {
@@ -63,7 +63,7 @@ uint64_t FileSharedStream::Read(void* destination, uint64_t count) {
 }
 
 void FileSharedStream::Write(const void* source, uint64_t count) {
-  if (data().isReadOnly()) raiseNewKst(kst::kUnknown, kReadOnlyMessage);
+  if (data_.isReadOnly()) raiseNewKst(kst::kUnknown, kReadOnlyMessage);
   requireBuffer(source, count);
   const uint64_t n = std::fwrite(source, 1, count, file_);
   dirty_ = true;
@@ -107,12 +107,12 @@ void FileSharedStream::flushWritten() noexcept {
 }
 
 ZEBContainer* FileSharedStream::CreateIndependentlyPositionableStream() {
-  auto* independent = makeObject<FileSharedStream>(body(), nullptr);
+  auto* independent = makeObject<FileSharedStream>(body(), data_, nullptr);
   ZEBContainer* container = wrap(independent);
   body()->makeReadOnly();
   Flush();
   try {
-    independent->file_ = data().openAgain();
+    independent->file_ = data_.openAgain();
   } catch (...) {
     container::release(*container);
     throw;
@@ -123,7 +123,7 @@ ZEBContainer* FileSharedStream::CreateIndependentlyPositionableStream() {
 ZEBContainer* makeFileStream(const char* path, const char* mode) {
   auto* data = makeObject<FileSharedStreamData>(path, mode);
   SharedBody body(data);
-  return wrap(makeObject<FileSharedStream>(std::move(body), data->file()));
+  return wrap(makeObject<FileSharedStream>(std::move(body), *data, data->file()));
 }
 
 }  // namespace zeb::streams

@@ -40,9 +40,10 @@ class FileSharedStreamData final : public SharedStreamData {
 
 class FileSharedStream final : public SharedStreamDataStream {
  public:
-  // Null: the stream gets a handle of its own before anybody uses it.
-  FileSharedStream(SharedBody body, std::FILE* file) noexcept
-      : SharedStreamDataStream(std::move(body)), file_(file) {}
+  // The body, once to hold and once as what it is. Without a file the stream gets a handle of its
+  // own before anybody uses it.
+  FileSharedStream(SharedBody body, const FileSharedStreamData& data, std::FILE* file) noexcept
+      : SharedStreamDataStream(std::move(body)), data_(data), file_(file) {}
   ~FileSharedStream() override;
 
   uint64_t Read(void* destination, uint64_t count) override;
@@ -54,12 +55,10 @@ class FileSharedStream final : public SharedStreamDataStream {
   void SyncPosition() override;
 
  private:
-  [[nodiscard]] FileSharedStreamData& data() const noexcept {
-    return static_cast<FileSharedStreamData&>(*body().get());
-  }
   void flushWritten() noexcept;
   [[noreturn]] void fail(const char* message, uint64_t transferred);
 
+  const FileSharedStreamData& data_;
   std::FILE* file_;
   bool dirty_ = false;          // something was written since the last flush
   bool cursorFollows_ = false;  // the handle has moved; the cursor is where it stands now

@@ -69,11 +69,13 @@ void MemorySharedStreamData::growTo(uint64_t capacity) {
 }
 
 void MemorySharedStreamData::clear(uint64_t position, uint64_t end) noexcept {
-  Place place = find(position);
-  for (uint64_t left = end - position; left > 0; place = {place.block->next, 0}) {
-    const uint64_t part = std::min(left, place.block->size - place.offset);
-    std::memset(place.block->data() + place.offset, 0, part);
+  auto [block, offset] = find(position);
+  uint64_t left = end - position;
+  for (; block != nullptr && left > 0; block = block->next) {
+    const uint64_t part = std::min(left, block->size - offset);
+    std::memset(block->data() + offset, 0, part);
     left -= part;
+    offset = 0;
   }
 }
 
@@ -106,7 +108,7 @@ bool MemorySharedStreamData::enlargeIndex() noexcept {
   try {
     const uint64_t capacity = std::max(kLeastIndexCapacity, 2 * fullBlocks_);
     ObjectMemory larger(sizeOfPointers(capacity));
-    if (indexed_ > 0) std::memcpy(larger.get(), index_.get(), indexed_ * sizeof(MemoryBlock*));
+    if (indexed_ > 0) std::memcpy(larger.get(), index_.get(), indexed_ * sizeof(void*));
     index_ = std::move(larger);
     indexCapacity_ = capacity;
     return true;

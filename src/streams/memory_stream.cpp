@@ -9,9 +9,8 @@
 
 namespace zeb::streams {
 
-MemorySharedStream::MemorySharedStream(SharedBody body)
-    : SharedStreamDataStream(std::move(body)),
-      data_(static_cast<MemorySharedStreamData&>(*this->body().get())) {
+MemorySharedStream::MemorySharedStream(SharedBody body, MemorySharedStreamData& data)
+    : SharedStreamDataStream(std::move(body)), data_(data) {
   standAt(0, data_.placeOf(0));
 }
 
@@ -92,14 +91,15 @@ void MemorySharedStream::writeAcrossBlocks(const unsigned char* source, uint64_t
 }
 
 ZEBContainer* MemorySharedStream::CreateIndependentlyPositionableStream() {
-  ZEBContainer* independent = wrap(makeObject<MemorySharedStream>(body()));
+  ZEBContainer* independent = wrap(makeObject<MemorySharedStream>(body(), data_));
   data_.makeReadOnly();
   return independent;
 }
 
 ZEBContainer* makeMemoryStream() {
-  SharedBody body(makeObject<MemorySharedStreamData>());
-  return wrap(makeObject<MemorySharedStream>(std::move(body)));
+  auto* data = makeObject<MemorySharedStreamData>();
+  SharedBody body(data);
+  return wrap(makeObject<MemorySharedStream>(std::move(body), *data));
 }
 
 }  // namespace zeb::streams

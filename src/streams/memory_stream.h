@@ -11,7 +11,8 @@ namespace zeb::streams {
 // position `synced_`; a cursor that was moved without the chain catches up with the next transfer.
 class MemorySharedStream final : public SharedStreamDataStream {
  public:
-  explicit MemorySharedStream(SharedBody body);
+  // The body, once to hold and once as what it is.
+  MemorySharedStream(SharedBody body, MemorySharedStreamData& data);
 
   uint64_t Read(void* destination, uint64_t count) override;
   void Write(const void* source, uint64_t count) override;

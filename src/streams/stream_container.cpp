@@ -57,13 +57,12 @@ void releaseTierSignatures() noexcept {
   replace(positionableSignature, nullptr);
 }
 
-ZEBContainer* wrap(SimpleStreamImpl* made) {
-  ObjectHolder<SimpleStreamImpl> stream(made);
+ZEBContainer* wrap(SimpleStreamImpl* stream) {
+  ObjectHolder<SimpleStreamImpl> owned(stream);
   const StreamInterfaceNames& names = *hostState.streamInterfaceNames;
-  ZEBContainer* container = stream.get()->tier() == Tier::simple
-                                ? wrapSimple(stream.get(), names)
-                                : wrapHigherTier(stream.get(), names);
-  (void)stream.release();
+  ZEBContainer* container =
+      stream->tier() == Tier::simple ? wrapSimple(stream, names) : wrapHigherTier(stream, names);
+  (void)owned.release();
   return container;
 }
 

@@ -39,11 +39,13 @@ void releaseTierSignatures() noexcept;
 [[nodiscard]] inline RewindableStreamImpl& rewindableStreamOf(const ZEBContainer* container) {
   SimpleStreamImpl& stream = streamOf(container);
   if (stream.tier() < Tier::rewindable) raiseStandardZeb(zebid::kMissingMethod);
+  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-static-cast-downcast): the tier says what it is
   return static_cast<RewindableStreamImpl&>(stream);
 }
 [[nodiscard]] inline PositionableStreamImpl& positionableStreamOf(const ZEBContainer* container) {
   SimpleStreamImpl& stream = streamOf(container);
   if (stream.tier() < Tier::positionable) raiseStandardZeb(zebid::kMissingMethod);
+  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-static-cast-downcast): as above
   return static_cast<PositionableStreamImpl&>(stream);
 }
 
