@@ -9,23 +9,23 @@
 #include <utility>
 #include <vector>
 
-#include "host/allocation_table.h"
-#include "host/counting_allocator.h"
-#include "host/error_log.h"
-#include "host/event_table.h"
+#include "common/host/allocation_table.h"
+#include "common/host/counting_allocator.h"
+#include "common/host/error_log.h"
+#include "common/host/event_table.h"
+#include "common/host/library.h"
+#include "common/host/module_loader.h"
+#include "common/host/output.h"
+#include "common/host/progress_view.h"
+#include "common/host/verdict.h"
+#include "common/support/error.h"
+#include "common/support/progress.h"
+#include "common/support/shared_buffer.h"
 #include "host/job_client.h"
 #include "host/job_report.h"
-#include "host/library.h"
-#include "host/module_loader.h"
-#include "host/output.h"
-#include "host/progress_view.h"
-#include "host/verdict.h"
 #include "interfaces/digest.h"
-#include "support/error.h"
-#include "support/progress.h"
-#include "support/shared_buffer.h"
 
-namespace hosting {
+namespace examples {
 namespace {
 
 // The change counter of a first start. A host that starts the library again passes what the last
@@ -361,4 +361,4 @@ ExitStatus runDemo(const Options& options, std::string text) {
   return Demo(options, std::move(text)).run();
 }
 
-}  // namespace hosting
+}  // namespace examples

@@ -1,0 +1,57 @@
+# One run of the host, judged. example_test in Examples.cmake tells what the variables mean.
+
+set(arguments ${ARGS})
+if(MODULES)
+  file(REMOVE_RECURSE ${FOLDER})
+  file(COPY ${MODULES} DESTINATION ${FOLDER})
+  list(APPEND arguments --modules ${FOLDER})
+endif()
+foreach(path IN LISTS REMOVE)
+  file(REMOVE_RECURSE ${path})
+endforeach()
+foreach(folder IN LISTS FOLDERS)
+  file(MAKE_DIRECTORY ${folder})
+endforeach()
+
+execute_process(COMMAND ${HOST} ${arguments}
+  RESULT_VARIABLE status
+  OUTPUT_VARIABLE output
+  ERROR_VARIABLE output)
+
+set(faults "")
+if(NOT status STREQUAL STATUS)
+  string(APPEND faults "  exit status ${status} instead of ${STATUS}\n")
+endif()
+foreach(pattern IN LISTS EXPECT)
+  if(NOT output MATCHES "${pattern}")
+    string(APPEND faults "  missing: ${pattern}\n")
+  endif()
+endforeach()
+foreach(pattern IN LISTS REJECT)
+  if(output MATCHES "${pattern}")
+    string(APPEND faults "  unwanted: ${pattern}\n")
+  endif()
+endforeach()
+
+foreach(path IN LISTS EXISTING)
+  if(NOT EXISTS ${path})
+    string(APPEND faults "  not there: ${path}\n")
+  endif()
+endforeach()
+foreach(path IN LISTS ABSENT)
+  if(EXISTS ${path})
+    string(APPEND faults "  there, though it must not be: ${path}\n")
+  endif()
+endforeach()
+while(EQUAL)
+  list(POP_FRONT EQUAL first second)
+  execute_process(COMMAND ${CMAKE_COMMAND} -E compare_files ${first} ${second}
+    RESULT_VARIABLE difference ERROR_QUIET)
+  if(NOT difference STREQUAL 0)
+    string(APPEND faults "  not the same bytes: ${first} and ${second}\n")
+  endif()
+endwhile()
+
+if(faults)
+  message(FATAL_ERROR "${HOST} ${arguments}\n${faults}It printed:\n${output}")
+endif()
