@@ -7,6 +7,7 @@
  *
  * The tags that end each procedure's comment:
  *   [any-thread]    may be called by any thread at any time while the library is initialised
+ *   [one-owner]     may be called by the thread that the object belongs to at that time
  *   [frame-thread]  called by one thread while no other thread uses the library
  *   [calls-host]    may call a procedure of the host or of a client before it returns; no lock of
  * the library is held meanwhile

@@ -8,6 +8,7 @@
 #include "zeb/error.h"
 #include "zeb/event.h"
 #include "zeb/exports.h"
+#include "zeb/filter.h"
 #include "zeb/frame.h"
 #include "zeb/memory.h"
 #include "zeb/memory_debug.h"
