@@ -36,7 +36,8 @@ Function required(const SharedObject& object, const char* name) {
 
 }  // namespace
 
-Library::Library(const std::filesystem::path& path, uint32_t unregisterCountStart, bool keepMapped)
+Library::Library(const std::filesystem::path& path, uint32_t unregisterCountStart, bool keepMapped,
+                 ZEBPurgeRequest purgeRequest)
     : object_(load(path, keepMapped)),
       terminate_(required<ZEBTerminateFunction>(object_, "ZEBTerminate")),
       version_(required<ZEBGetVersionFunction>(object_, "ZEBGetVersion")()) {
@@ -47,9 +48,10 @@ Library::Library(const std::filesystem::path& path, uint32_t unregisterCountStar
 
   const auto initialize = required<ZEBInitialize4Function>(object_, "ZEBInitialize4");
   // The allocators may be called by several threads, so the library may as well.
-  const ZEBGetProcAddress getProcAddress = initialize(
-      countingPageAlloc, countingPageFree, countingAlloc, countingRealloc, countingFree,
-      countingSize, reportToErrorLog, nullptr, ZEB_FLAG_MULTI_THREADED, unregisterCountStart, 0);
+  const ZEBGetProcAddress getProcAddress =
+      initialize(countingPageAlloc, countingPageFree, countingAlloc, countingRealloc, countingFree,
+                 countingSize, reportToErrorLog, purgeRequest, ZEB_FLAG_MULTI_THREADED,
+                 unregisterCountStart, 0);
   if (getProcAddress == nullptr) refuse("the library did not start");
 
   services_ = fetchServices(getProcAddress);

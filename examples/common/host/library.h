@@ -14,9 +14,11 @@ namespace examples {
 
 class Library {
  public:
-  // Loads the file and starts the library on the host's counting allocators and error log. Throws
-  // Failure if that is not possible or the library is of another major version.
-  Library(const std::filesystem::path& path, uint32_t unregisterCountStart, bool keepMapped);
+  // Loads the file and starts the library on the host's counting allocators and error log. Without
+  // a purge request the library purges its cache itself. Throws Failure if that is not possible or
+  // the library is of another major version.
+  Library(const std::filesystem::path& path, uint32_t unregisterCountStart, bool keepMapped,
+          ZEBPurgeRequest purgeRequest = nullptr);
   ~Library();
 
   Library(const Library&) = delete;

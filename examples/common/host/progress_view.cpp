@@ -40,17 +40,19 @@ class ProgressView : public ProgressListener {
 
 class LinesView : public ProgressView {
  public:
-  using ProgressView::ProgressView;
+  LinesView(const char* unit, std::optional<unsigned> cancelAt)
+      : ProgressView(cancelAt), unit_(unit) {}
 
  private:
   void show(uint64_t done, uint64_t total) override {
     const unsigned quarters = partsDone(4, done, total);
     if (quarters <= quartersShown_) return;
     quartersShown_ = quarters;
-    printRow(kLabel, fmt::format("{:>3} %  {} of {} bytes", percentOf(done, total), grouped(done),
-                                 grouped(total)));
+    printRow(kLabel, fmt::format("{:>3} %  {} of {} {}", percentOf(done, total), grouped(done),
+                                 grouped(total), unit_));
   }
 
+  const char* unit_;
   unsigned quartersShown_ = 0;
 };
 
@@ -78,9 +80,10 @@ class BarView : public ProgressView {
 
 }  // namespace
 
-std::unique_ptr<ProgressListener> newProgressView(std::optional<unsigned> cancelAt) {
+std::unique_ptr<ProgressListener> newProgressView(const char* unit,
+                                                  std::optional<unsigned> cancelAt) {
   if (canRedraw()) return std::make_unique<BarView>(cancelAt);
-  return std::make_unique<LinesView>(cancelAt);
+  return std::make_unique<LinesView>(unit, cancelAt);
 }
 
 }  // namespace examples

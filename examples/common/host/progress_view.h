@@ -10,9 +10,10 @@
 namespace examples {
 
 // On a terminal a bar that is redrawn in place and gone when the view goes; elsewhere a row for
-// each quarter of the work. It answers a report with yes from cancelAt percent on, if that is
-// given.
-std::unique_ptr<ProgressListener> newProgressView(std::optional<unsigned> cancelAt);
+// each quarter of the work, which counts in `unit`, as "bytes". It answers a report with yes from
+// cancelAt percent on, if that is given.
+std::unique_ptr<ProgressListener> newProgressView(const char* unit,
+                                                  std::optional<unsigned> cancelAt = {});
 
 }  // namespace examples
 

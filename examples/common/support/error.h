@@ -3,6 +3,7 @@
 #define EXAMPLES_COMMON_SUPPORT_ERROR_H
 
 #include <cstdint>
+#include <string>
 #include <utility>
 
 #include "common/support/services.h"
@@ -44,6 +45,12 @@ class Error {
   const Services* services_;
   ZEBErrorObject* error_;
 };
+
+// An error as a row tells it: what went wrong, who says so, and its number for programs.
+inline std::string told(const Error& error) {
+  return std::string(error.message()) + " (" + error.component() + " " +
+         std::to_string(error.id()) + ")";
+}
 
 }  // namespace examples
 

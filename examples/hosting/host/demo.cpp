@@ -32,10 +32,6 @@ namespace {
 // stop returned.
 constexpr uint32_t kFirstChangeCount = 1;
 
-std::string told(const Error& error) {
-  return fmt::format("{} ({} {})", error.message(), error.component(), error.id());
-}
-
 class Demo {
  public:
   Demo(const Options& options, std::string text) : options_(options), fileText_(std::move(text)) {}
@@ -208,7 +204,8 @@ void Demo::digestInPiecesInto(Findings* findings) {
 
 // The view of the progress goes when the job is done, and a bar with it.
 Error Demo::digestWithProgress(PieceDigest* result) const {
-  const Progress progress = Progress::to(zeb().progress, newProgressView(options_.cancelAt));
+  const Progress progress =
+      Progress::to(zeb().progress, newProgressView("bytes", options_.cancelAt));
   return job_->digestInPieces(result, text_, progress);
 }
 
