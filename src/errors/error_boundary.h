@@ -1,6 +1,7 @@
 // The boundary of procs that answer with an error handle: whatever is thrown inside becomes an
 // error of which the caller owns one reference. The function behind such a proc returns nothing and
-// raises; if it has an out argument, clearOut is the first thing that it calls.
+// raises; if it has an out argument, clearOut is the first thing that it calls. One that hands on
+// the error of a client's procedure returns that and raises its own.
 #ifndef ZEB_ERRORS_ERROR_BOUNDARY_H
 #define ZEB_ERRORS_ERROR_BOUNDARY_H
 
@@ -38,14 +39,31 @@ struct ErrorProc<Function> {
   }
 };
 
+template <class... Arguments, ZEBErrorObject* (*Function)(Arguments...)>
+struct ErrorProc<Function> {
+  static ZEBErrorObject* call(Arguments... arguments) noexcept {
+    try {
+      return Function(arguments...);
+    } catch (...) {
+      return translateCurrentException();
+    }
+  }
+};
+
+template <class Function>
+inline constexpr bool kAnswersError = false;
+template <class... Arguments>
+inline constexpr bool kAnswersError<ZEBErrorObject* (*)(Arguments...)> = true;
+
 // The boundary that a proc's type asks for: where the proc answers something and the function
-// behind it nothing, the answer is the error.
+// behind it nothing, the answer is the error; so it is where both answer an error.
 template <class Proc, auto Function>
 [[nodiscard]] constexpr Proc withBoundary() noexcept {
-  if constexpr (std::is_convertible_v<decltype(&ValueProc<Function>::call), Proc>) {
-    return &ValueProc<Function>::call;
-  } else {
+  if constexpr (kAnswersError<decltype(Function)> ||
+                !std::is_convertible_v<decltype(&ValueProc<Function>::call), Proc>) {
     return &ErrorProc<Function>::call;
+  } else {
+    return &ValueProc<Function>::call;
   }
 }
 

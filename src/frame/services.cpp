@@ -8,6 +8,7 @@
 #include "errors/standard_errors.h"
 #include "events/event_binding.h"
 #include "events/event_service.h"
+#include "filters/filter_service.h"
 #include "memory/memory_services.h"
 #include "registry/memory_binding.h"
 #include "registry/proc_registry.h"
@@ -30,6 +31,7 @@ constexpr Service kServices[] = {
     {atomService, atoms::addTableUser},
     {sharedBufferService, nullptr},
     {progressService, nullptr},
+    {filterService, nullptr},
     {eventService, events::connectCounters},
 };
 

@@ -190,10 +190,27 @@ TEST_F(BoundaryTest, RaisesACopyThatDoesNotFitOnTheClientsSide) {
   EXPECT_EQ(room[0], 0);
 }
 
+// Hands on what a client answered, or raises.
+ZEBErrorObject* clientAnswer(ZEBErrorObject* error) {
+  if (error == nullptr) raiseStandardZeb(zebid::kMissingMethod);
+  return error;
+}
+
+TEST_F(BoundaryTest, HandsOnTheErrorThatAClientAnswered) {
+  ZEBErrorObject* error = errors::make("answered", "there", 4);
+  EXPECT_EQ(ErrorProc<&clientAnswer>::call(error), error);
+  EXPECT_EQ(error->references.load(), 1u);
+  errors::release(error);
+  const errors::Ref raised(ErrorProc<&clientAnswer>::call(nullptr));
+  EXPECT_EQ(raised.get(), errors::standardZeb(zebid::kMissingMethod));
+}
+
 TEST_F(BoundaryTest, IsChosenByTheProcsType) {
   using AnswersError = ZEBErrorObject* (*)(int32_t*, int32_t);
   using AnswersNumber = int32_t (*)();
   EXPECT_EQ((withBoundary<AnswersError, &failWith>()), &FailWith::call);
+  EXPECT_EQ((withBoundary<ZEBErrorObject* (*)(ZEBErrorObject*), &clientAnswer>()),
+            &ErrorProc<&clientAnswer>::call);
   EXPECT_EQ((withBoundary<AnswersNumber, &throwingNumber>()), &ValueProc<&throwingNumber>::call);
 }
 
