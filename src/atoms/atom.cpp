@@ -39,6 +39,8 @@ void excuseReference(ZEBString* atom) noexcept {
   if (atom != nullptr) ++atom->excused;
 }
 
+void forgetRecent() noexcept { table.forgetRecent(); }
+
 void addTableUser() noexcept { table.addUser(); }
 void dropTableUser() noexcept { table.dropUser(); }
 

@@ -54,6 +54,9 @@ void release(ZEBString* atom) noexcept;
 // what it says stays true until the section ends, because no atom can be freed before.
 [[nodiscard]] bool areKnown(std::span<const TextKey> keys) noexcept;
 
+// Lets go of the texts that are kept because they were made a short time ago.
+void forgetRecent() noexcept;
+
 // The table's users. The first make after load or after a stop makes the table and counts one; the
 // frame counts itself. When the last one is dropped the table goes, and if clients still hold atoms
 // the host is told. Only while one thread uses the library.

@@ -221,6 +221,21 @@ void AtomTable::dropUser() noexcept {
   if (users_ > 0 && --users_ == 0) tearDown();
 }
 
+void AtomTable::forgetRecent() noexcept {
+  Leftovers leftovers;
+  const SpinGuard guard(lock_);
+  emptyRingLocked();
+  collectLocked(leftovers);
+}
+
+void AtomTable::emptyRingLocked() noexcept {
+  for (ZEBString*& recent : ring_) {
+    if (recent != nullptr) dropReferenceLocked(recent);
+    recent = nullptr;
+  }
+  cursor_ = 0;
+}
+
 void AtomTable::tearDown() noexcept {
   bool leaked = false;
   {
@@ -228,11 +243,7 @@ void AtomTable::tearDown() noexcept {
     const SpinGuard guard(lock_);
     if (permanent_ != nullptr) dropReferenceLocked(permanent_);
     permanent_ = nullptr;
-    for (ZEBString*& recent : ring_) {
-      if (recent != nullptr) dropReferenceLocked(recent);
-      recent = nullptr;
-    }
-    cursor_ = 0;
+    emptyRingLocked();
     leaked = orphanTheRestLocked();
     if (Array* array = table_.release()) retiredArrays_.add(array);
     leftovers.atoms = retiredAtoms_.takeAll();

@@ -36,6 +36,9 @@ class AtomTable {
   void removeDying(ZEBString* atom) noexcept ZEB_EXCLUDES(lock_);
   [[nodiscard]] bool isKnown(const TextKey& key) const noexcept;
 
+  // Empties the ring.
+  void forgetRecent() noexcept ZEB_EXCLUDES(lock_);
+
   void addUser() noexcept { ++users_; }
   void dropUser() noexcept;
 
@@ -84,6 +87,7 @@ class AtomTable {
   void dropReferenceLocked(ZEBString* atom) noexcept ZEB_REQUIRES(lock_);
   void removeLocked(ZEBString* atom) noexcept ZEB_REQUIRES(lock_);
   void collectLocked(Leftovers& leftovers) noexcept ZEB_REQUIRES(lock_);
+  void emptyRingLocked() noexcept ZEB_REQUIRES(lock_);
   void tearDown() noexcept ZEB_EXCLUDES(lock_);
   bool orphanTheRestLocked() noexcept ZEB_REQUIRES(lock_);
 

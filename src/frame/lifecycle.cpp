@@ -5,6 +5,7 @@
 #include "atoms/atom.h"
 #include "base/lazy_list.h"
 #include "buffers/buffer_client.h"
+#include "cache/cache_service.h"
 #include "container/container.h"
 #include "errors/client_error.h"
 #include "errors/standard_errors.h"
@@ -59,6 +60,7 @@ void tearDown() {
   terminateLazyList(lazyList);
   events::disconnectCounters();
   registry::unbindMemory();
+  cache::tearDown();
   releaseStreamNames();
   errors::releaseStandardErrors();
   container::excuseRecycledNames();
@@ -87,6 +89,8 @@ ZEBGetProcAddress start(const StartOptions& options) noexcept {
 }
 
 uint32_t stop() noexcept {
+  // While the library still counts as started: clients' procedures may be running.
+  if (hostState.initCount == 1) cache::finishPurges();
   if (--hostState.initCount != 0) return unregisterCount();
   hostState.hostAllocatorsInstalled = false;
   try {

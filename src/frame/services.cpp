@@ -3,6 +3,7 @@
 #include "atoms/atom.h"
 #include "atoms/atom_service.h"
 #include "buffers/buffer_services.h"
+#include "cache/cache_service.h"
 #include "container/container_service.h"
 #include "errors/error_service.h"
 #include "errors/standard_errors.h"
@@ -30,6 +31,7 @@ constexpr Service kServices[] = {
     {containerService, nullptr},
     {atomService, atoms::addTableUser},
     {sharedBufferService, nullptr},
+    {cacheService, cache::prepare},
     {progressService, nullptr},
     {filterService, nullptr},
     {eventService, events::connectCounters},

@@ -3,7 +3,8 @@
 // Invariants: the root is black; a red node has no red child; every path from a node down to a
 // missing child passes the same number of black nodes. The tree owns nothing, allocates nothing and
 // locks nothing. Node types derive from redblack_node<Node>; `Order` gives a node's key and is
-// asked once per level.
+// asked once per level. A tree whose order is not known at compile time has none, is searched from
+// the root by whoever knows the order, and grows by link().
 #ifndef ZEB_UTIL_REDBLACK_TREE_H
 #define ZEB_UTIL_REDBLACK_TREE_H
 
@@ -22,7 +23,7 @@ struct redblack_node {
   NodeColour colour;
 };
 
-template <class Node, class Order>
+template <class Node, class Order = void>
 class redblack_tree {
  public:
   constexpr redblack_tree() noexcept = default;
@@ -55,12 +56,24 @@ class redblack_tree {
       if (here == Order::key(*node)) return parent;
       link = Order::key(*node) < here ? &parent->left : &parent->right;
     }
-    node->left = node->right = nullptr;
-    node->parent = parent;
-    node->colour = NodeColour::red;
-    *link = node;
-    rebalanceAfterInsert(node);
+    put(node, parent, *link);
     return nullptr;
+  }
+
+  // Links the node in as the left or right child of `parent`, which has none there, or as the root
+  // of an empty tree.
+  void link(Node* node, Node* parent, bool left) noexcept {
+    put(node, parent, parent == nullptr ? root_ : left ? parent->left : parent->right);
+  }
+
+  // The node that stands first in order, null in an empty tree.
+  [[nodiscard]] Node* first() const noexcept { return leftmost(root_); }
+
+  // The node that follows in order, or null.
+  [[nodiscard]] static Node* next(Node* node) noexcept {
+    if (node->right != nullptr) return leftmost(node->right);
+    while (node->parent != nullptr && node == node->parent->right) node = node->parent;
+    return node->parent;
   }
 
   // Lets `successor`, which is on no tree, take the node's place with its links and colour.
@@ -85,6 +98,19 @@ class redblack_tree {
   }
 
  private:
+  static Node* leftmost(Node* node) noexcept {
+    while (node != nullptr && node->left != nullptr) node = node->left;
+    return node;
+  }
+
+  void put(Node* node, Node* parent, Node*& place) noexcept {
+    node->left = node->right = nullptr;
+    node->parent = parent;
+    node->colour = NodeColour::red;
+    place = node;
+    rebalanceAfterInsert(node);
+  }
+
   static bool isBlack(const Node* node) noexcept {
     return node == nullptr || node->colour == NodeColour::black;
   }
