@@ -1,5 +1,5 @@
-// Empty bases that say what kind of object a class is. None has virtual functions or state, and
-// none is used to delete through.
+// Empty bases that say what kind of object a class is. None has state; those without "virtual" in
+// their name have no virtual functions and are not used to delete through.
 #ifndef ZEB_BASE_OBJECT_BASES_H
 #define ZEB_BASE_OBJECT_BASES_H
 
@@ -14,5 +14,24 @@ class ZEBBasePMT {};
 
 // Elements of the library's own intrusive lists.
 class ZEBDLLEParent {};
+
+namespace ZEB_T_MT {
+
+// What the library's client-side code makes.
+class CZEBClientBase {};
+
+// The same with virtual operations.
+class CZEBVirtualClientBase : public CZEBClientBase {
+ public:
+  CZEBVirtualClientBase() = default;
+  CZEBVirtualClientBase(const CZEBVirtualClientBase&) = delete;
+  CZEBVirtualClientBase& operator=(const CZEBVirtualClientBase&) = delete;
+  virtual ~CZEBVirtualClientBase() = default;
+};
+
+// The same, shared by threads.
+class CZEBVirtualClientBasePMT : public CZEBVirtualClientBase {};
+
+}  // namespace ZEB_T_MT
 
 #endif

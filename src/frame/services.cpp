@@ -13,6 +13,7 @@
 #include "memory/memory_services.h"
 #include "registry/memory_binding.h"
 #include "registry/proc_registry.h"
+#include "streams/stream_services.h"
 
 namespace zeb::frame {
 
@@ -33,6 +34,12 @@ constexpr Service kServices[] = {
     {sharedBufferService, nullptr},
     {cacheService, cache::prepare},
     {progressService, nullptr},
+    {streamFactoryService, nullptr},
+    {simpleStreamService, nullptr},
+    {rewindableStreamService, nullptr},
+    {positionableStreamService, nullptr},
+    {newStreamService, nullptr},
+    {streamService, nullptr},
     {filterService, nullptr},
     {eventService, events::connectCounters},
 };
