@@ -4,25 +4,11 @@ namespace zeb {
 
 constinit LazyList lazyList;
 
-namespace {
-
-void terminateUpTo(const LazyList& list, const ZEB_T_MT::LazyTerminate* end) {
-  for (auto* object = list.head(); object != end; object = object->older()) object->terminate();
-}
-
-}  // namespace
-
 bool initialiseLazyList(const LazyList& list) {
-  for (auto* object = list.head(); object != nullptr; object = object->older()) {
-    if (object->level() < kLowestLazyLevel || object->level() > kHighestLazyLevel) continue;
-    if (object->initialise()) continue;
-    terminateUpTo(list, object);
-    return false;
-  }
-  return true;
+  return sdk::initialiseLazyObjects(list.head(), kLowestLazyLevel, kHighestLazyLevel);
 }
 
-void terminateLazyList(const LazyList& list) { terminateUpTo(list, nullptr); }
+void terminateLazyList(const LazyList& list) { sdk::terminateLazyObjects(list.head()); }
 
 }  // namespace zeb
 

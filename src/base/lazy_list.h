@@ -10,6 +10,7 @@
 
 #include "base/object_bases.h"
 #include "util/intrusive_list.h"
+#include "zeb/sdk/lazy_walk.hpp"
 
 namespace ZEB_T_MT {
 
@@ -35,9 +36,8 @@ namespace zeb {
 using LazyList = double_linked_list<ZEB_T_MT::LazyTerminate>;
 extern constinit LazyList lazyList;
 
-// Levels outside these bounds are not initialised by starting the library.
-inline constexpr int32_t kLowestLazyLevel = 0;
-inline constexpr int32_t kHighestLazyLevel = 65000;
+using sdk::kHighestLazyLevel;
+using sdk::kLowestLazyLevel;
 
 // Initialises the objects whose level lies within the bounds, in list order. When one fails, every
 // object before it in the list is terminated, whatever its level, and the result is false.

@@ -63,7 +63,7 @@ void append(ZEBFilterImpl& first, ZEBDataSink& sink) {
 ZEBChainState* stateOf(ZEBFilterImpl& first) {
   ZEBFilterImpl* last = &first;
   while (ZEBFilterImpl* next = nextFilter(*last)) last = next;
-  auto* state = makeObject<ZEBChainState>(last, last->target());
+  auto* state = makeObject<ZEBChainState>(ZEBChainState{last, last->target()});
   addReference(state->filter);
   addReference(state->target);
   return state;

@@ -1,0 +1,53 @@
+// Starting and stopping a module as a client of the library.
+//
+//   static zeb::sdk::EventCounter opened("my module opened a file", 20);
+//
+//   const ZEBGetProcAddress zeb = ...;  // from ZEBInitialize4, or from the host
+//   if (!zeb::sdk::startClient(zeb)) ...;
+//   opened.signal();
+//   zeb::sdk::stopClient();
+//
+// A host starts its own module after the library and stops it before the library.
+#ifndef ZEB_SDK_CLIENT_START_HPP
+#define ZEB_SDK_CLIENT_START_HPP
+
+#include <cstdint>
+
+#include "zeb/frame.h"
+#include "zeb/sdk/lazy_walk.hpp"
+#include "zeb/sdk/module.hpp"
+
+namespace zeb::sdk {
+
+// The levels whose objects a start initialises.
+struct LazyLevels {
+  int32_t lowest = kLowestLazyLevel;
+  int32_t highest = kHighestLazyLevel;
+};
+
+// Initialises the module's lazy objects. False when the module is started already, when the library
+// cannot be reached through `getProcAddress`, or when an object fails; what was initialised is then
+// terminated again. By one thread, while no other uses the module's objects.
+[[nodiscard]] inline bool startClient(ZEBGetProcAddress getProcAddress,
+                                      const LazyLevels &levels = {}, Module &module = thisModule) {
+  if (module.started || getProcAddress == nullptr) return false;
+  ZEBFrameProcs frame{};
+  if (ZEBFetchFrameProcs(getProcAddress, &frame) == 0) return false;
+  module.events.connect(getProcAddress, frame.GetUnregisterCountAddr());
+  module.started = initialiseLazyObjects(module.lazyList.head(), levels.lowest, levels.highest);
+  if (!module.started) module.events.disconnect();
+  return module.started;
+}
+
+// Terminates all of the module's lazy objects; afterwards it may be started again. Does nothing for
+// a module that is not started. By one thread, while no other uses the module's objects.
+inline void stopClient(Module &module = thisModule) {
+  if (!module.started) return;
+  module.started = false;
+  terminateLazyObjects(module.lazyList.head());
+  module.events.disconnect();
+}
+
+}  // namespace zeb::sdk
+
+#endif
