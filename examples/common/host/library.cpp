@@ -63,11 +63,12 @@ Library::Library(const std::filesystem::path& path, uint32_t unregisterCountStar
 }
 
 Library::~Library() {
-  if (running_) terminate_();
+  if (running_) stop();
 }
 
 uint32_t Library::stop() {
   running_ = false;
+  services_->cache.PurgeAllStaticCaches(nullptr);
   return terminate_();
 }
 

@@ -24,7 +24,8 @@ class Library {
   Library(const Library&) = delete;
   Library& operator=(const Library&) = delete;
 
-  // Stops the library, once, and returns its change counter. Modules are stopped before.
+  // Stops the library, once, and returns its change counter. Modules are stopped before. The
+  // library's own caches are emptied first: what they keep comes from the host's allocators.
   uint32_t stop();
 
   [[nodiscard]] const Services& services() const noexcept { return *services_; }

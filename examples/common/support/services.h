@@ -9,12 +9,18 @@
 #include <optional>
 
 #include "zeb/atom.h"
+#include "zeb/cache.h"
 #include "zeb/container.h"
 #include "zeb/error.h"
 #include "zeb/event.h"
+#include "zeb/filter.h"
 #include "zeb/frame.h"
+#include "zeb/positionable_stream.h"
 #include "zeb/progress.h"
+#include "zeb/rewindable_stream.h"
 #include "zeb/shared_buffer.h"
+#include "zeb/simple_stream.h"
+#include "zeb/stream_factory.h"
 
 namespace examples {
 
@@ -27,19 +33,32 @@ struct Services {
   ZEBContainerProcs containers;
   ZEBSharedBufferProcs buffers;
   ZEBProgressProcs progress;
+  ZEBCacheProcs cache;
+  ZEBFilterProcs filters;
+  ZEBStreamFactoryProcs streamFactory;
+  ZEBSimpleStreamProcs simpleStreams;
+  ZEBRewindableStreamProcs rewindableStreams;
+  ZEBPositionableStreamProcs positionableStreams;
 };
 
 // Nothing if one of the procs is missing.
 inline std::optional<Services> fetchServices(ZEBGetProcAddress getProcAddress) {
   Services services{};
   services.getProcAddress = getProcAddress;
-  const bool complete = ZEBFetchFrameProcs(getProcAddress, &services.frame) == 1 &&
-                        ZEBFetchStringProcs(getProcAddress, &services.strings) == 1 &&
-                        ZEBFetchErrorProcs(getProcAddress, &services.errors) == 1 &&
-                        ZEBFetchEventProcs(getProcAddress, &services.events) == 1 &&
-                        ZEBFetchContainerProcs(getProcAddress, &services.containers) == 1 &&
-                        ZEBFetchSharedBufferProcs(getProcAddress, &services.buffers) == 1 &&
-                        ZEBFetchProgressProcs(getProcAddress, &services.progress) == 1;
+  const auto fetch = [&](auto fetchProcs, auto* procs) {
+    return fetchProcs(getProcAddress, procs) == 1;
+  };
+  const bool complete =
+      fetch(ZEBFetchFrameProcs, &services.frame) && fetch(ZEBFetchStringProcs, &services.strings) &&
+      fetch(ZEBFetchErrorProcs, &services.errors) && fetch(ZEBFetchEventProcs, &services.events) &&
+      fetch(ZEBFetchContainerProcs, &services.containers) &&
+      fetch(ZEBFetchSharedBufferProcs, &services.buffers) &&
+      fetch(ZEBFetchProgressProcs, &services.progress) &&
+      fetch(ZEBFetchCacheProcs, &services.cache) && fetch(ZEBFetchFilterProcs, &services.filters) &&
+      fetch(ZEBFetchStreamFactoryProcs, &services.streamFactory) &&
+      fetch(ZEBFetchSimpleStreamProcs, &services.simpleStreams) &&
+      fetch(ZEBFetchRewindableStreamProcs, &services.rewindableStreams) &&
+      fetch(ZEBFetchPositionableStreamProcs, &services.positionableStreams);
   if (!complete) return std::nullopt;
   return services;
 }

@@ -13,10 +13,29 @@ foreach(folder IN LISTS FOLDERS)
   file(MAKE_DIRECTORY ${folder})
 endforeach()
 
+if(LINK)
+  list(POP_FRONT LINK target path)
+  cmake_path(GET path PARENT_PATH folder)
+  file(MAKE_DIRECTORY ${folder})
+  file(CREATE_LINK ${target} ${path} SYMBOLIC)
+endif()
+
+if(ALONE)
+  file(REMOVE_RECURSE ${FOLDER})
+  file(COPY ${HOST} DESTINATION ${FOLDER})
+  cmake_path(GET HOST FILENAME name)
+  set(HOST ${FOLDER}/${name})
+endif()
+
 execute_process(COMMAND ${HOST} ${arguments}
   RESULT_VARIABLE status
   OUTPUT_VARIABLE output
   ERROR_VARIABLE output)
+
+if(SHOW)
+  file(READ ${FOLDER}/${SHOW} shown)
+  string(APPEND output "${shown}")
+endif()
 
 set(faults "")
 if(NOT status STREQUAL STATUS)

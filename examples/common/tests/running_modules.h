@@ -20,8 +20,9 @@ namespace examples {
 class RunningModules {
  public:
   // Loads the folders in their order. Where two files publish the same names, the first wins.
-  explicit RunningModules(std::initializer_list<std::filesystem::path> folders)
-      : library_(EXAMPLE_TEST_LIBRARY, nextChangeCount, kKeepMapped),
+  explicit RunningModules(std::initializer_list<std::filesystem::path> folders,
+                          ZEBPurgeRequest purgeRequest = nullptr)
+      : library_(EXAMPLE_TEST_LIBRARY, nextChangeCount, kKeepMapped, purgeRequest),
         modules_(library_.services().getProcAddress, kKeepMapped) {
     for (const std::filesystem::path& folder : folders) modules_.loadFolder(folder);
     takeErrorLog();
