@@ -32,23 +32,28 @@ endfunction()
 
 # example_test(<example> <behaviour> HOST <target> STATUS <exit status> ARGS <argument>...
 #              [EXPECT <regex>...] [REJECT <regex>...] [MODULES <file>...] [TERMINAL <type>]
-#              [REMOVE <path>...] [FOLDERS <path>...] [LINK <target> <path>] [EXISTING <path>...] [ABSENT <path>...]
+#              [FILE_LIMIT <KiB>]
+#              [REMOVE <path>...] [FOLDERS <path>...] [EXISTING <path>...] [ABSENT <path>...]
 #              [EQUAL <file> <file>]... [ALONE] [SHOW <file name>])
 #
 # Runs the host with the arguments. What it prints, errors included, must match every EXPECT and no
 # REJECT. MODULES makes a folder of these files and has the host take its modules from there.
-# TERMINAL runs it on a terminal of this type; on_terminal.py tells how its output is shown. Before
-# the run, the paths of REMOVE are removed, then the folders of FOLDERS and the link of LINK made; after it, those of
+# TERMINAL runs it on a terminal of this type; on_terminal.py tells how its output is shown.
+# FILE_LIMIT lets no file grow beyond that. Before
+# the run, the paths of REMOVE are removed and then the folders of FOLDERS made; after it, those of
 # EXISTING must be there, those of ABSENT not, and the files of EQUAL hold the same bytes, each pair
 # of them. ALONE runs a copy of the host in a folder of its own, which must then be told where things
 # are; what it leaves beside itself under the name of SHOW counts as printed.
 function(example_test example behaviour)
-  cmake_parse_arguments(PARSE_ARGV 2 arg "ALONE" "HOST;STATUS;TERMINAL;SHOW"
-    "ARGS;EXPECT;REJECT;MODULES;REMOVE;FOLDERS;LINK;EXISTING;ABSENT;EQUAL")
+  cmake_parse_arguments(PARSE_ARGV 2 arg "ALONE" "HOST;STATUS;TERMINAL;FILE_LIMIT;SHOW"
+    "ARGS;EXPECT;REJECT;MODULES;REMOVE;FOLDERS;EXISTING;ABSENT;EQUAL")
   set(host $<TARGET_FILE:${arg_HOST}>)
   if(arg_TERMINAL)
     list(PREPEND host ${CMAKE_COMMAND} -E env TERM=${arg_TERMINAL}
       ${examples_common}/tests/on_terminal.py)
+  endif()
+  if(arg_FILE_LIMIT)
+    list(PREPEND host ${examples_common}/tests/with_file_limit.sh ${arg_FILE_LIMIT})
   endif()
   add_test(NAME ${example}.${behaviour} COMMAND ${CMAKE_COMMAND}
     "-DHOST=${host}"
@@ -60,7 +65,6 @@ function(example_test example behaviour)
     "-DFOLDER=${CMAKE_CURRENT_BINARY_DIR}/${behaviour}"
     "-DREMOVE=${arg_REMOVE}"
     "-DFOLDERS=${arg_FOLDERS}"
-    "-DLINK=${arg_LINK}"
     "-DEXISTING=${arg_EXISTING}"
     "-DABSENT=${arg_ABSENT}"
     "-DEQUAL=${arg_EQUAL}"

@@ -13,13 +13,6 @@ foreach(folder IN LISTS FOLDERS)
   file(MAKE_DIRECTORY ${folder})
 endforeach()
 
-if(LINK)
-  list(POP_FRONT LINK target path)
-  cmake_path(GET path PARENT_PATH folder)
-  file(MAKE_DIRECTORY ${folder})
-  file(CREATE_LINK ${target} ${path} SYMBOLIC)
-endif()
-
 if(ALONE)
   file(REMOVE_RECURSE ${FOLDER})
   file(COPY ${HOST} DESTINATION ${FOLDER})

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <cstdint>
+#include <limits>
 #include <string>
 #include <system_error>
 
@@ -25,11 +27,17 @@ void requireSource(const fs::path& source) {
   const fs::file_status status = fs::status(source, error);
   if (error) refuse(source, error.message());
   if (!fs::is_regular_file(status)) refuse(source, "is not a regular file");
+  constexpr uintmax_t kLargest = std::numeric_limits<int32_t>::max();
+  if (!isCompressedName(source) && fs::file_size(source) > kLargest) {
+    refuse(source, "is too large: file streams end at 2 GiB");
+  }
 }
 
 void requireTarget(const fs::path& source, const fs::path& target) {
   std::error_code error;
-  if (fs::is_directory(target, error)) refuse(target, "is a folder");
+  if (fs::exists(target, error) && !fs::is_regular_file(target, error)) {
+    refuse(target, "is not a regular file");
+  }
   if (fs::equivalent(source, target, error)) refuse(target, "is the source itself");
 }
 

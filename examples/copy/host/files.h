@@ -10,10 +10,11 @@ namespace examples {
 bool isCompressedName(const std::filesystem::path& path);
 
 // Throws Failure unless there is such a file and it can be copied to the end: a pipe or a device
-// might have none.
+// might have none, and the library's file streams go no further than 2 GiB.
 void requireSource(const std::filesystem::path& source);
 
-// Throws Failure when writing the target would destroy the source, or the target is a folder.
+// Throws Failure when writing the target would destroy the source, or something is there that
+// cannot be read back, as a folder or a device.
 void requireTarget(const std::filesystem::path& source, const std::filesystem::path& target);
 
 // A target that is not yet what it is to be: removed again unless it is kept.

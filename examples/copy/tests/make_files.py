@@ -43,6 +43,9 @@ def main(folder):
     text = (folder / "several_mb").read_bytes()
     for name, data in damaged(text):
         (folder / name).write_bytes(data)
+    # A hole: it takes no room.
+    with (folder / "three_gib").open("wb") as hole:
+        hole.truncate(3 << 30)
     # What two runs of gzip have appended to each other.
     (folder / "two_members.gz").write_bytes(packed(b"tick ") + packed(b"tock"))
     (folder / "two_members").write_bytes(b"tick tock")

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
@@ -103,7 +104,8 @@ void Run::doFolder(const PictureModules& modules, ThumbnailMaker& maker,
 }
 
 Pass Run::doPass(ThumbnailMaker& maker, const std::vector<std::filesystem::path>& pictures) {
-  const auto start = std::chrono::steady_clock::now();
+  using Clock = std::chrono::steady_clock;
+  std::chrono::nanoseconds took{};  // without what the progress bar waits for the eye
   const Tallies before = maker.tallies();
   std::vector<Problem> problems;
   {
@@ -112,13 +114,14 @@ Pass Run::doPass(ThumbnailMaker& maker, const std::vector<std::filesystem::path>
     uint64_t done = 0;
     zeb().progress.Update(progress.get(), done, pictures.size());
     for (const std::filesystem::path& picture : pictures) {
+      const Clock::time_point start = Clock::now();
       maker.makeAll(picture, &problems);
+      took += Clock::now() - start;
       zeb().progress.Update(progress.get(), ++done, pictures.size());
     }
   }
   tellProblems(problems);
-  return {since(before, maker.tallies()), zeb().cache.CurrentCacheSize(),
-          std::chrono::steady_clock::now() - start};
+  return {since(before, maker.tallies()), zeb().cache.CurrentCacheSize(), took};
 }
 
 void Run::tellProblems(const std::vector<Problem>& problems) {
