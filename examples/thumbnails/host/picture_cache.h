@@ -3,10 +3,10 @@
 #define THUMBNAILS_HOST_PICTURE_CACHE_H
 
 #include <chrono>
-#include <compare>
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <tuple>
 
 #include "support/picture.h"
 #include "zeb/cache.h"
@@ -22,7 +22,10 @@ struct FileState {
   // Throws std::filesystem::filesystem_error.
   static FileState of(const std::filesystem::path& path);
 
-  friend auto operator<=>(const FileState&, const FileState&) = default;
+  // The order in which the set keeps them; any would do.
+  friend bool operator<(const FileState& a, const FileState& b) {
+    return std::tie(a.path, a.size, a.changedAt) < std::tie(b.path, b.size, b.changedAt);
+  }
 };
 
 // What is kept. The key comes first: it is what the library's cache knows of.
