@@ -23,9 +23,13 @@ test: release ## Build the release preset and run every test
 	$(heading) 'every test of the release build'
 	$(ctest) release
 
-demo: release ## Run the hosting example on README.md
+demo: release ## Run the examples
 	$(heading) 'the hosting example'
 	$(build) release --target run-hosting
+	$(heading) 'the copy example'
+	$(build) release --target run-copy
+	$(heading) 'the thumbnails example'
+	$(build) release --target run-thumbnails
 
 bench: $(bench) ## Measure against the peers and rewrite docs/performance.md
 	$(heading) 'all rows'

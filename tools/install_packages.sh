@@ -7,7 +7,7 @@ set -euo pipefail
 declare -A packages=(
   [build]="cmake ninja-build g++ pkg-config python3 libfmt-dev libcli11-dev"
   [test]="libgtest-dev libgmock-dev"
-  [demo]="zlib1g-dev libxxhash-dev libfmt-dev libcli11-dev"
+  [demo]="zlib1g-dev libxxhash-dev libjpeg62-turbo-dev libfmt-dev libcli11-dev"
   [bench]="libbenchmark-dev libglib2.0-dev libboost-dev libjemalloc-dev libmimalloc-dev libabsl-dev
            libtbb-dev libfmt-dev libcli11-dev"
   [gates]="clang clang-format clang-tidy libclang-rt-14-dev valgrind binutils gcovr

@@ -9,32 +9,28 @@
 #include <utility>
 #include <vector>
 
-#include "host/allocation_table.h"
-#include "host/counting_allocator.h"
-#include "host/error_log.h"
-#include "host/event_table.h"
+#include "common/host/allocation_table.h"
+#include "common/host/counting_allocator.h"
+#include "common/host/error_log.h"
+#include "common/host/event_table.h"
+#include "common/host/library.h"
+#include "common/host/module_loader.h"
+#include "common/host/output.h"
+#include "common/host/progress_view.h"
+#include "common/host/verdict.h"
+#include "common/support/error.h"
+#include "common/support/progress.h"
+#include "common/support/shared_buffer.h"
 #include "host/job_client.h"
 #include "host/job_report.h"
-#include "host/library.h"
-#include "host/module_loader.h"
-#include "host/output.h"
-#include "host/progress_view.h"
-#include "host/verdict.h"
 #include "interfaces/digest.h"
-#include "support/error.h"
-#include "support/progress.h"
-#include "support/shared_buffer.h"
 
-namespace hosting {
+namespace examples {
 namespace {
 
 // The change counter of a first start. A host that starts the library again passes what the last
 // stop returned.
 constexpr uint32_t kFirstChangeCount = 1;
-
-std::string told(const Error& error) {
-  return fmt::format("{} ({} {})", error.message(), error.component(), error.id());
-}
 
 class Demo {
  public:
@@ -208,7 +204,8 @@ void Demo::digestInPiecesInto(Findings* findings) {
 
 // The view of the progress goes when the job is done, and a bar with it.
 Error Demo::digestWithProgress(PieceDigest* result) const {
-  const Progress progress = Progress::to(zeb().progress, newProgressView(options_.cancelAt));
+  const Progress progress =
+      Progress::to(zeb().progress, newProgressView("bytes", options_.cancelAt));
   return job_->digestInPieces(result, text_, progress);
 }
 
@@ -361,4 +358,4 @@ ExitStatus runDemo(const Options& options, std::string text) {
   return Demo(options, std::move(text)).run();
 }
 
-}  // namespace hosting
+}  // namespace examples

@@ -8,9 +8,9 @@
 #include <system_error>
 #include <utility>
 
-#include "host/failure.h"
+#include "common/host/failure.h"
 
-namespace hosting {
+namespace examples {
 namespace {
 
 [[noreturn]] void refuse(const std::filesystem::path& path, const std::string& reason) {
@@ -51,4 +51,4 @@ std::string readTextFile(const std::filesystem::path& path) {
   return text;
 }
 
-}  // namespace hosting
+}  // namespace examples

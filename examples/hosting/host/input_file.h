@@ -5,12 +5,12 @@
 #include <filesystem>
 #include <string>
 
-namespace hosting {
+namespace examples {
 
 // The whole file. Throws Failure if it is missing, unreadable, empty or not a text; a file with a
 // zero byte counts as not a text.
 std::string readTextFile(const std::filesystem::path& path);
 
-}  // namespace hosting
+}  // namespace examples
 
 #endif

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
-namespace hosting {
+namespace examples {
 namespace {
 
 // Takes over the references that come with a result.
@@ -62,4 +62,4 @@ Error JobClient::notPublished() const {
                                                "HostingHost", 1, nullptr, nullptr)};
 }
 
-}  // namespace hosting
+}  // namespace examples

@@ -7,14 +7,14 @@
 #include <cstdint>
 #include <string_view>
 
+#include "common/support/atom.h"
+#include "common/support/error.h"
+#include "common/support/progress.h"
+#include "common/support/services.h"
+#include "common/support/shared_buffer.h"
 #include "interfaces/job.h"
-#include "support/atom.h"
-#include "support/error.h"
-#include "support/progress.h"
-#include "support/services.h"
-#include "support/shared_buffer.h"
 
-namespace hosting {
+namespace examples {
 
 struct WordCount {
   Atom word;
@@ -71,6 +71,6 @@ class JobClient {
   const Services& services_;
 };
 
-}  // namespace hosting
+}  // namespace examples
 
 #endif

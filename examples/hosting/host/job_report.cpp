@@ -2,9 +2,9 @@
 
 #include <fmt/format.h>
 
-#include "host/output.h"
+#include "common/host/output.h"
 
-namespace hosting {
+namespace examples {
 
 std::string digestText(uint64_t digest) { return fmt::format("{:016x}", digest); }
 
@@ -45,4 +45,4 @@ void printComparison(const Findings& before, const Findings& after) {
        row("words", [](Run run) { return grouped(run.words.wordCount); })});
 }
 
-}  // namespace hosting
+}  // namespace examples

@@ -8,7 +8,7 @@
 
 #include "host/job_client.h"
 
-namespace hosting {
+namespace examples {
 
 // What one run of both jobs found.
 struct Findings {
@@ -28,6 +28,6 @@ void printComponent(const PieceDigest& result);
 // Two runs side by side, with who digested and when the job fetched the digest's procs.
 void printComparison(const Findings& before, const Findings& after);
 
-}  // namespace hosting
+}  // namespace examples
 
 #endif

@@ -3,31 +3,15 @@
 #include <CLI/CLI.hpp>
 #include <string>
 
-#include "host/failure.h"
+#include "common/host/program.h"
 
 // Where the build puts things, relative to the folder of this program. Set by CMakeLists.txt.
-#if !defined(HOSTING_DEFAULT_FILE) || !defined(HOSTING_DEFAULT_LIBRARY)
+#if !defined(HOSTING_DEFAULT_FILE) || !defined(EXAMPLE_DEFAULT_LIBRARY)
 #error "the build must say where the library and the default file are"
 #endif
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define HOSTING_SANITIZED 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define HOSTING_SANITIZED 1
-#endif
-#endif
-
-namespace hosting {
+namespace examples {
 namespace {
-
-// A sanitizer's report names functions by their place in memory: of an unloaded file it could only
-// say "unknown module".
-#if defined(HOSTING_SANITIZED)
-constexpr bool kKeepMappedByDefault = true;
-#else
-constexpr bool kKeepMappedByDefault = false;
-#endif
 
 constexpr const char* kFooter =
     "Exit status:\n"
@@ -38,15 +22,11 @@ constexpr const char* kFooter =
     "  4  the library cannot be loaded or started\n"
     "  5  a module folder is missing, or a module that is needed\n";
 
-std::filesystem::path programFolder() {
-  return std::filesystem::read_symlink("/proc/self/exe").parent_path();
-}
-
 Options defaults() {
   const std::filesystem::path here = programFolder();
   Options options;
   options.file = (here / HOSTING_DEFAULT_FILE).lexically_normal();
-  options.library = (here / HOSTING_DEFAULT_LIBRARY).lexically_normal();
+  options.library = (here / EXAMPLE_DEFAULT_LIBRARY).lexically_normal();
   options.modules = here / "modules";
   options.replacement = here / "replacement";
   options.keepMapped = kKeepMappedByDefault;
@@ -83,14 +63,8 @@ std::optional<Options> parseOptions(int argc, char** argv, int* exitStatus) {
                "(always so in a build with sanitizers)");
   app.footer(kFooter);
 
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& stop) {
-    const bool asked = app.exit(stop) == 0;
-    *exitStatus = static_cast<int>(asked ? ExitStatus::success : ExitStatus::usage);
-    return std::nullopt;
-  }
+  if (!parseCommandLine(app, argc, argv, exitStatus)) return std::nullopt;
   return options;
 }
 
-}  // namespace hosting
+}  // namespace examples

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <optional>
 
-namespace hosting {
+namespace examples {
 
 struct Options {
   std::filesystem::path file;
@@ -21,6 +21,6 @@ struct Options {
 // the help or the complaint has been printed.
 std::optional<Options> parseOptions(int argc, char** argv, int* exitStatus);
 
-}  // namespace hosting
+}  // namespace examples
 
 #endif

@@ -6,14 +6,15 @@
 #include <ostream>
 #include <string_view>
 
+#include "common/support/atom.h"
+#include "common/support/container.h"
+#include "common/support/error.h"
+#include "common/tests/running_modules.h"
 #include "interfaces/digest.h"
 #include "interfaces/digester.h"
-#include "support/atom.h"
-#include "support/container.h"
-#include "support/error.h"
-#include "tests/running_modules.h"
+#include "tests/module_folders.h"
 
-namespace hosting {
+namespace examples {
 namespace {
 
 using testing::StrEq;
@@ -226,4 +227,4 @@ TEST_P(Digester, LivesAsLongAsSomebodyHoldsIt) {
 }
 
 }  // namespace
-}  // namespace hosting
+}  // namespace examples

@@ -2,10 +2,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "common/tests/running_modules.h"
 #include "interfaces/digest.h"
-#include "tests/running_modules.h"
+#include "tests/module_folders.h"
 
-namespace hosting {
+namespace examples {
 namespace {
 
 using testing::ElementsAre;
@@ -38,4 +39,4 @@ TEST(RunningModule, StaysWhenAnotherWantsToPublishItsNames) {
 }
 
 }  // namespace
-}  // namespace hosting
+}  // namespace examples

@@ -10,16 +10,17 @@
 #include <utility>
 #include <vector>
 
+#include "common/support/error.h"
+#include "common/support/progress.h"
+#include "common/support/shared_buffer.h"
+#include "common/tests/running_modules.h"
 #include "host/job_client.h"
 #include "interfaces/digest.h"
 #include "interfaces/digester.h"
 #include "interfaces/job.h"
-#include "support/error.h"
-#include "support/progress.h"
-#include "support/shared_buffer.h"
-#include "tests/running_modules.h"
+#include "tests/module_folders.h"
 
-namespace hosting {
+namespace examples {
 namespace {
 
 using testing::ElementsAre;
@@ -206,4 +207,4 @@ TEST_F(PieceJob, LeavesTheTextToItsLastHolder) {
 }
 
 }  // namespace
-}  // namespace hosting
+}  // namespace examples

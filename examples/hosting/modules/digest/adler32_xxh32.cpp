@@ -7,7 +7,7 @@
 
 #include "modules/digest/algorithms.h"
 
-namespace hosting {
+namespace examples {
 namespace {
 
 uint32_t adler32(const void* bytes, uint64_t size) {
@@ -39,4 +39,4 @@ std::unique_ptr<RunningDigest> startXxh32() { return std::make_unique<RunningXxh
 const DigestAlgorithms kAlgorithms{"adler32 and xxh32", "adler32", adler32, "xxh32", xxh32,
                                    startXxh32};
 
-}  // namespace hosting
+}  // namespace examples

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <memory>
 
-namespace hosting {
+namespace examples {
 
 // A digest of bytes that come in pieces.
 class RunningDigest {
@@ -39,6 +39,6 @@ struct DigestAlgorithms {
 // Each digest module defines its own.
 extern const DigestAlgorithms kAlgorithms;
 
-}  // namespace hosting
+}  // namespace examples
 
 #endif

@@ -3,7 +3,7 @@
 #include "modules/digest/digest_module.h"
 #include "modules/digest/digester_state.h"
 
-namespace hosting {
+namespace examples {
 namespace {
 
 // The Update that the container has besides ours: the parent's.
@@ -37,10 +37,10 @@ ZEBErrorObject* Update(ZEBContainer* digester, const void* bytes, uint64_t size)
 }
 
 constexpr HostingCheckedDigesterProcs procs{Update};
-const ZEBProcTableEntry entries[] = {HOSTING_CHECKED_DIGESTER_PROCS(HOSTING_PUBLISH_ROW)};
+const ZEBProcTableEntry entries[] = {HOSTING_CHECKED_DIGESTER_PROCS(EXAMPLES_PUBLISH_ROW)};
 
 }  // namespace
 
 Publication checkedDigesterPublication() { return {HOSTING_CHECKED_DIGESTER_INTERFACE, entries}; }
 
-}  // namespace hosting
+}  // namespace examples

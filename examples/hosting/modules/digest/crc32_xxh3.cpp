@@ -7,7 +7,7 @@
 
 #include "modules/digest/algorithms.h"
 
-namespace hosting {
+namespace examples {
 namespace {
 
 uint32_t crc32(const void* bytes, uint64_t size) {
@@ -37,4 +37,4 @@ std::unique_ptr<RunningDigest> startXxh3() { return std::make_unique<RunningXxh3
 
 const DigestAlgorithms kAlgorithms{"crc32 and xxh3", "crc32", crc32, "xxh3", xxh3, startXxh3};
 
-}  // namespace hosting
+}  // namespace examples

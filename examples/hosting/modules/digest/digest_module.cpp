@@ -1,9 +1,9 @@
 // A digest module's entry points.
 #include "modules/digest/digest_module.h"
 
-#include "module.h"
+#include "common/module.h"
 
-namespace hosting {
+namespace examples {
 
 ModuleInstance<DigesterNames> digestModule;
 
@@ -12,14 +12,14 @@ ZEBErrorObject* newDigestError(int32_t id, const char* message) {
                                                  nullptr);
 }
 
-}  // namespace hosting
+}  // namespace examples
 
-int32_t HostingModuleStart(ZEBGetProcAddress getProcAddress) {
+int32_t ExampleModuleStart(ZEBGetProcAddress getProcAddress) {
   // The digest interface comes last, as its NewDigester needs the others.
-  const hosting::Publication publications[] = {hosting::digesterPublication(),
-                                               hosting::checkedDigesterPublication(),
-                                               hosting::digestPublication()};
-  return hosting::digestModule.start(getProcAddress, publications);
+  const examples::Publication publications[] = {examples::digesterPublication(),
+                                                examples::checkedDigesterPublication(),
+                                                examples::digestPublication()};
+  return examples::digestModule.start(getProcAddress, publications);
 }
 
-void HostingModuleStop() { hosting::digestModule.stop(); }
+void ExampleModuleStop() { examples::digestModule.stop(); }

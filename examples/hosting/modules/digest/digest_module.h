@@ -5,12 +5,12 @@
 
 #include <cstdint>
 
+#include "common/support/guard.h"
+#include "common/support/module_instance.h"
 #include "interfaces/digest.h"
 #include "modules/digest/digester_names.h"
-#include "support/guard.h"
-#include "support/module_instance.h"
 
-namespace hosting {
+namespace examples {
 
 extern ModuleInstance<DigesterNames> digestModule;
 
@@ -32,6 +32,6 @@ Publication digestPublication();
 Publication digesterPublication();
 Publication checkedDigesterPublication();
 
-}  // namespace hosting
+}  // namespace examples
 
 #endif

@@ -5,7 +5,7 @@
 #include "modules/digest/algorithms.h"
 #include "modules/digest/digest_module.h"
 
-namespace hosting {
+namespace examples {
 namespace {
 
 ZEBErrorObject* unknownAlgorithm(std::string_view name) {
@@ -52,10 +52,10 @@ ZEBErrorObject* NewDigester(ZEBContainer** digester) noexcept {
 }
 
 constexpr HostingDigestProcs procs{Digest, DigestV1, GetName, NewDigester};
-const ZEBProcTableEntry entries[] = {HOSTING_DIGEST_PROCS(HOSTING_PUBLISH_ROW)};
+const ZEBProcTableEntry entries[] = {HOSTING_DIGEST_PROCS(EXAMPLES_PUBLISH_ROW)};
 
 }  // namespace
 
 Publication digestPublication() { return {HOSTING_DIGEST_INTERFACE, entries}; }
 
-}  // namespace hosting
+}  // namespace examples

@@ -3,11 +3,11 @@
 #ifndef HOSTING_DIGEST_DIGESTER_NAMES_H
 #define HOSTING_DIGEST_DIGESTER_NAMES_H
 
+#include "common/support/atom.h"
+#include "common/support/services.h"
 #include "interfaces/digester.h"
-#include "support/atom.h"
-#include "support/services.h"
 
-namespace hosting {
+namespace examples {
 
 struct DigesterNames {
   // Throws std::bad_alloc.
@@ -25,6 +25,6 @@ struct DigesterNames {
   Atom updateProc;
 };
 
-}  // namespace hosting
+}  // namespace examples
 
 #endif

@@ -1,11 +1,11 @@
 // The first interface of a digester, and how a digester is put together.
 #include <memory>
 
+#include "common/support/container.h"
 #include "modules/digest/digest_module.h"
 #include "modules/digest/digester_state.h"
-#include "support/container.h"
 
-namespace hosting {
+namespace examples {
 namespace {
 
 DigesterState* stateIn(void* instance) {
@@ -42,7 +42,7 @@ ZEBErrorObject* Finish(ZEBContainer* digester, uint64_t* digest) noexcept {
 }
 
 constexpr HostingDigesterProcs procs{Update, Finish};
-const ZEBProcTableEntry entries[] = {HOSTING_DIGESTER_PROCS(HOSTING_PUBLISH_ROW)};
+const ZEBProcTableEntry entries[] = {HOSTING_DIGESTER_PROCS(EXAMPLES_PUBLISH_ROW)};
 
 }  // namespace
 
@@ -78,4 +78,4 @@ ZEBErrorObject* makeDigester(ZEBContainer** digester) {
 
 Publication digesterPublication() { return {HOSTING_DIGESTER_INTERFACE, entries}; }
 
-}  // namespace hosting
+}  // namespace examples

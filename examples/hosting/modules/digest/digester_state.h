@@ -7,7 +7,7 @@
 #include "interfaces/digester.h"
 #include "modules/digest/algorithms.h"
 
-namespace hosting {
+namespace examples {
 
 // The container keeps a pointer to the base, so that clients find it where the state begins.
 struct DigesterState : HostingDigestState {
@@ -17,6 +17,6 @@ struct DigesterState : HostingDigestState {
 // Finds the state of a digester by its name. Returns null, or the error with *state untouched.
 ZEBErrorObject* findState(ZEBContainer* digester, DigesterState** state);
 
-}  // namespace hosting
+}  // namespace examples
 
 #endif

@@ -2,7 +2,7 @@
 
 #include "interfaces/job.h"
 
-namespace hosting {
+namespace examples {
 
 const HostingDigestProcs* DigestBinding::current() {
   // Read before fetching: an interface that goes away in between then costs one fetch too many
@@ -23,4 +23,4 @@ ZEBErrorObject* DigestBinding::notPublished() const {
                                    nullptr);
 }
 
-}  // namespace hosting
+}  // namespace examples

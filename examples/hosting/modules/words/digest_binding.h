@@ -5,11 +5,11 @@
 
 #include <cstdint>
 
+#include "common/support/change_counter.h"
+#include "common/support/services.h"
 #include "interfaces/digest.h"
-#include "support/change_counter.h"
-#include "support/services.h"
 
-namespace hosting {
+namespace examples {
 
 // One thread at a time.
 class DigestBinding {
@@ -37,6 +37,6 @@ class DigestBinding {
   HostingDigestProcs procs_{};
 };
 
-}  // namespace hosting
+}  // namespace examples
 
 #endif

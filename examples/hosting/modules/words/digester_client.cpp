@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace hosting {
+namespace examples {
 
 DigesterClient::DigesterClient(const Services& services, Container component)
     : services_(services), changeCounter_(services.frame), component_(std::move(component)) {}
@@ -43,4 +43,4 @@ const char* DigesterClient::signature() const {
   return services_.containers.GetSignature(component_.get());
 }
 
-}  // namespace hosting
+}  // namespace examples

@@ -6,12 +6,12 @@
 #include <cstdint>
 #include <string_view>
 
+#include "common/support/change_counter.h"
+#include "common/support/container.h"
+#include "common/support/services.h"
 #include "interfaces/digester.h"
-#include "support/change_counter.h"
-#include "support/container.h"
-#include "support/services.h"
 
-namespace hosting {
+namespace examples {
 
 // One thread at a time. All procedures that return an error handle throw std::bad_alloc.
 class DigesterClient {
@@ -45,6 +45,6 @@ class DigesterClient {
   HostingDigesterProcs methods_{};
 };
 
-}  // namespace hosting
+}  // namespace examples
 
 #endif

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string>
 
-namespace hosting {
+namespace examples {
 namespace {
 
 // Enough pieces for a report to be worth its name, and none larger than a cache likes.
@@ -60,4 +60,4 @@ ZEBErrorObject* PieceJob::cancelled(uint64_t done, uint64_t total) const {
                                    HOSTING_JOB_ERROR_CANCELLED, nullptr, nullptr);
 }
 
-}  // namespace hosting
+}  // namespace examples

@@ -4,12 +4,12 @@
 
 #include <string_view>
 
+#include "common/support/services.h"
 #include "interfaces/job.h"
 #include "modules/words/digest_binding.h"
 #include "modules/words/digester_client.h"
-#include "support/services.h"
 
-namespace hosting {
+namespace examples {
 
 class PieceJob {
  public:
@@ -29,6 +29,6 @@ class PieceJob {
   DigestBinding& digest_;
 };
 
-}  // namespace hosting
+}  // namespace examples
 
 #endif

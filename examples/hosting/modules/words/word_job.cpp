@@ -2,10 +2,10 @@
 
 #include <utility>
 
+#include "common/support/atom.h"
 #include "modules/words/word_table.h"
-#include "support/atom.h"
 
-namespace hosting {
+namespace examples {
 namespace {
 
 // Copies the table's findings into the result. Cannot fail, so a result is whole or untouched.
@@ -59,4 +59,4 @@ ZEBErrorObject* WordJob::digestInto(HostingJobResult* result, const HostingDiges
   return nullptr;
 }
 
-}  // namespace hosting
+}  // namespace examples

@@ -4,12 +4,12 @@
 
 #include <string_view>
 
+#include "common/support/event_counter.h"
+#include "common/support/services.h"
 #include "interfaces/job.h"
 #include "modules/words/digest_binding.h"
-#include "support/event_counter.h"
-#include "support/services.h"
 
-namespace hosting {
+namespace examples {
 
 class WordJob {
  public:
@@ -28,6 +28,6 @@ class WordJob {
   EventCounter wordsCounted_;
 };
 
-}  // namespace hosting
+}  // namespace examples
 
 #endif

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <utility>
 
-namespace hosting {
+namespace examples {
 namespace {
 
 bool isCapital(char c) { return c >= 'A' && c <= 'Z'; }
@@ -59,4 +59,4 @@ std::vector<const WordTable::Row*> WordTable::top(size_t most) const {
   return rows;
 }
 
-}  // namespace hosting
+}  // namespace examples

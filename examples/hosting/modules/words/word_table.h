@@ -12,9 +12,9 @@
 #include <unordered_map>
 #include <vector>
 
-#include "support/atom.h"
+#include "common/support/atom.h"
 
-namespace hosting {
+namespace examples {
 
 class WordTable {
  public:
@@ -43,6 +43,6 @@ class WordTable {
   uint64_t wordCount_ = 0;
 };
 
-}  // namespace hosting
+}  // namespace examples
 
 #endif

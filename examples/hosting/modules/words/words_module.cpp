@@ -1,14 +1,14 @@
 // Publishes the job interface.
+#include "common/module.h"
+#include "common/support/guard.h"
+#include "common/support/module_instance.h"
+#include "common/support/shared_buffer.h"
 #include "interfaces/job.h"
-#include "module.h"
 #include "modules/words/digest_binding.h"
 #include "modules/words/piece_job.h"
 #include "modules/words/word_job.h"
-#include "support/guard.h"
-#include "support/module_instance.h"
-#include "support/shared_buffer.h"
 
-namespace hosting {
+namespace examples {
 namespace {
 
 // Both jobs bind to the digest in one place.
@@ -54,14 +54,14 @@ ZEBErrorObject* DigestInPieces(HostingPieceDigest* result, ZEBSharedBuffer* text
 }
 
 constexpr HostingJobProcs procs{Run, DigestInPieces};
-const ZEBProcTableEntry entries[] = {HOSTING_JOB_PROCS(HOSTING_PUBLISH_ROW)};
+const ZEBProcTableEntry entries[] = {HOSTING_JOB_PROCS(EXAMPLES_PUBLISH_ROW)};
 const Publication publications[] = {{HOSTING_JOB_INTERFACE, entries}};
 
 }  // namespace
-}  // namespace hosting
+}  // namespace examples
 
-int32_t HostingModuleStart(ZEBGetProcAddress getProcAddress) {
-  return hosting::instance.start(getProcAddress, hosting::publications);
+int32_t ExampleModuleStart(ZEBGetProcAddress getProcAddress) {
+  return examples::instance.start(getProcAddress, examples::publications);
 }
 
-void HostingModuleStop() { hosting::instance.stop(); }
+void ExampleModuleStop() { examples::instance.stop(); }

@@ -1,11 +1,11 @@
 // A module that does not start, and says why.
-#include "module.h"
-#include "support/services.h"
+#include "common/module.h"
+#include "common/support/services.h"
 
-int32_t HostingModuleStart(ZEBGetProcAddress getProcAddress) {
-  const auto services = hosting::fetchServices(getProcAddress);
+int32_t ExampleModuleStart(ZEBGetProcAddress getProcAddress) {
+  const auto services = examples::fetchServices(getProcAddress);
   if (services) services->frame.ReportError("no licence found");
   return 0;
 }
 
-void HostingModuleStop() {}
+void ExampleModuleStop() {}

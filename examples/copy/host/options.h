@@ -1,0 +1,25 @@
+// The command line.
+#ifndef COPY_HOST_OPTIONS_H
+#define COPY_HOST_OPTIONS_H
+
+#include <filesystem>
+#include <optional>
+
+namespace examples {
+
+struct Options {
+  std::filesystem::path source;
+  std::filesystem::path target;
+  std::filesystem::path library;
+  std::filesystem::path modules;
+  bool keepMapped = false;
+};
+
+// The options as given; what is not given is found relative to this program's own place. Nothing
+// when the command line itself settles the matter: *exitStatus then says how the program ends, and
+// the help or the complaint has been printed.
+std::optional<Options> parseOptions(int argc, char** argv, int* exitStatus);
+
+}  // namespace examples
+
+#endif
