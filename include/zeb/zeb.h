@@ -3,6 +3,7 @@
 #define ZEB_ZEB_H
 
 #include "zeb/atom.h"
+#include "zeb/cache.h"
 #include "zeb/client.h"
 #include "zeb/container.h"
 #include "zeb/error.h"
