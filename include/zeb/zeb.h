@@ -13,8 +13,13 @@
 #include "zeb/frame.h"
 #include "zeb/memory.h"
 #include "zeb/memory_debug.h"
+#include "zeb/older_stream.h"
+#include "zeb/positionable_stream.h"
 #include "zeb/progress.h"
+#include "zeb/rewindable_stream.h"
 #include "zeb/shared_buffer.h"
+#include "zeb/simple_stream.h"
+#include "zeb/stream_factory.h"
 #include "zeb/types.h"
 
 #endif
