@@ -75,6 +75,7 @@ Rows allRows() {
   addMemoryRows(rows);
   addPoolRows(rows);
   addEventRows(rows);
+  addSnapshotRows(rows);
   addContainerRows(rows);
   addContainerLookupRows(rows);
   addBufferRows(rows);
