@@ -80,6 +80,7 @@ Rows allRows() {
   addContainerLookupRows(rows);
   addBufferRows(rows);
   addProgressRows(rows);
+  addFilterRows(rows);
   addLifecycleRows(rows);
   return rows;
 }

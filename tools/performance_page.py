@@ -40,6 +40,7 @@ PEER_PACKAGES = {
     "libtbb-dev": "oneTBB",
     "libjemalloc-dev": "jemalloc",
     "libmimalloc-dev": "mimalloc",
+    "libcrypto++-dev": "Crypto++",
     "libc6": "glibc",
     "libstdc++6": "libstdc++",
     "libbenchmark-dev": "Google Benchmark",
