@@ -80,6 +80,8 @@ Rows allRows() {
   addContainerLookupRows(rows);
   addBufferRows(rows);
   addProgressRows(rows);
+  addCacheRows(rows);
+  addCachePurgeRows(rows);
   addFilterRows(rows);
   addLifecycleRows(rows);
   return rows;

@@ -16,6 +16,8 @@ void addContainerRows(Rows& rows);
 void addContainerLookupRows(Rows& rows);
 void addBufferRows(Rows& rows);
 void addProgressRows(Rows& rows);
+void addCacheRows(Rows& rows);
+void addCachePurgeRows(Rows& rows);
 void addFilterRows(Rows& rows);
 void addSnapshotRows(Rows& rows);
 void addLifecycleRows(Rows& rows);

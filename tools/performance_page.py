@@ -40,6 +40,8 @@ PEER_PACKAGES = {
     "libtbb-dev": "oneTBB",
     "libjemalloc-dev": "jemalloc",
     "libmimalloc-dev": "mimalloc",
+    "libleveldb-dev": "LevelDB",
+    "librocksdb-dev": "RocksDB",
     "libcrypto++-dev": "Crypto++",
     "libc6": "glibc",
     "libstdc++6": "libstdc++",
