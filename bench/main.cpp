@@ -80,6 +80,10 @@ Rows allRows() {
   addContainerLookupRows(rows);
   addBufferRows(rows);
   addProgressRows(rows);
+  addStreamRows(rows);
+  addBufferStreamRows(rows);
+  addFileStreamRows(rows);
+  addClientStreamRows(rows);
   addCacheRows(rows);
   addCachePurgeRows(rows);
   addFilterRows(rows);

@@ -9,7 +9,7 @@ declare -A packages=(
   [test]="libgtest-dev libgmock-dev"
   [demo]="zlib1g-dev libxxhash-dev libfmt-dev libcli11-dev"
   [bench]="libbenchmark-dev libglib2.0-dev libboost-dev libjemalloc-dev libmimalloc-dev libabsl-dev
-           libtbb-dev libleveldb-dev librocksdb-dev libcrypto++-dev
+           libtbb-dev libsdl2-dev libssl-dev libleveldb-dev librocksdb-dev libcrypto++-dev
            libfmt-dev libcli11-dev"
   [gates]="clang clang-format clang-tidy libclang-rt-14-dev valgrind binutils gcovr"
 )

@@ -40,6 +40,8 @@ PEER_PACKAGES = {
     "libtbb-dev": "oneTBB",
     "libjemalloc-dev": "jemalloc",
     "libmimalloc-dev": "mimalloc",
+    "libsdl2-dev": "SDL",
+    "libssl-dev": "OpenSSL",
     "libleveldb-dev": "LevelDB",
     "librocksdb-dev": "RocksDB",
     "libcrypto++-dev": "Crypto++",
