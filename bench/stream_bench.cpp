@@ -381,10 +381,10 @@ Side shortSide(const SharedHost& host, const ShortLived& contender) {
 
 // A goal speaks of one peer, and each of the two peers has its own.
 Row shortRow(const SharedHost& host, double limit, const ShortLived& peer) {
-  Row row{.area = kArea,
-          .name = std::string("short-lived: make, 4 writes of 64 B, read 256 B, release; beside ") +
-                  peer.name,
-          .goal = Goal{limit}};
+  Row row{
+      .area = kArea,
+      .name = std::string("short-lived: 4 writes of 64 B, 1 read of 256 B; beside ") + peer.name,
+      .goal = Goal{limit}};
   row.ours = shortSide(host, {"ours", runOurs});
   row.peers.push_back(shortSide(host, peer));
   return row;
