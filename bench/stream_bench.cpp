@@ -380,7 +380,7 @@ Side shortSide(const SharedHost& host, const ShortLived& contender) {
 }
 
 // A goal speaks of one peer, and each of the two peers has its own.
-Row shortRow(const SharedHost& host, double limit, const ShortLived& peer) {
+[[maybe_unused]] Row shortRow(const SharedHost& host, double limit, const ShortLived& peer) {
   Row row{
       .area = kArea,
       .name = std::string("short-lived: 4 writes of 64 B, 1 read of 256 B; beside ") + peer.name,
