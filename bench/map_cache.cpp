@@ -10,7 +10,7 @@ namespace {
 
 float priorityOf(const MapCache::Entry& entry, uint64_t now) {
   const float value = static_cast<float>(entry.cost) / static_cast<float>(entry.size);
-  const double age = std::max(1.0F, static_cast<float>(now - entry.time));
+  const double age = std::max(1.0, static_cast<double>(now - entry.time));
   return value / (static_cast<float>(std::log(age)) + 1.0F);
 }
 

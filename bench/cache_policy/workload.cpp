@@ -1,6 +1,7 @@
 #include "workload.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
@@ -149,10 +150,13 @@ std::vector<uint32_t> readKeys(const std::string& path, size_t most) {
   std::ifstream file(path, std::ios::binary);
   check(file.good(), "cannot read " + path);
   std::vector<uint32_t> keys;
-  unsigned char bytes[4];
-  while (keys.size() < most && file.read(reinterpret_cast<char*>(bytes), sizeof(bytes)))
-    keys.push_back(bytes[0] | bytes[1] << 8 | bytes[2] << 16 |
-                   static_cast<uint32_t>(bytes[3]) << 24);
+  std::array<unsigned char, 4> bytes{};
+  while (keys.size() < most &&
+         file.read(reinterpret_cast<char*>(bytes.data()), std::ssize(bytes))) {
+    uint32_t key = 0;
+    for (size_t i = bytes.size(); i-- > 0;) key = key << 8 | bytes[i];
+    keys.push_back(key);
+  }
   check(!keys.empty(), "no keys in " + path);
   return keys;
 }
