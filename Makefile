@@ -15,6 +15,7 @@ ctest = ctest --parallel $(JOBS) --preset
 
 library = build/release/lib/libzeb.so
 bench = build/release/bench/zeb_bench
+policy = build/release/bench/cache_policy
 
 ##@ Everyday
 
@@ -31,10 +32,13 @@ demo: release ## Run the examples
 	$(heading) 'the thumbnails example'
 	$(build) release --target run-thumbnails
 
-bench: $(bench) ## Measure against the peers and rewrite docs/performance.md
+bench: $(bench) ## Measure against the peers; rewrite docs/performance.md and cache_policy.md
 	$(heading) 'all rows'
 	$(bench)
 	tools/performance_page.py
+	$(heading) 'what the cache saves'
+	$(policy) --json $(policy).json
+	tools/cache_policy_page.py
 
 check: test gates ## Everything that CI runs: test, then the gates
 
@@ -114,6 +118,7 @@ gate-consume: gate-packages release ## Every way to the library for another proj
 gate-bench: $(bench) ## Every row of the benchmark, briefly
 	$(heading) 'a short run of all rows'
 	$(bench) --quick --json $(bench).quick.json
+	$(policy) --quick
 
 # --- what the targets above start from --------------------------------------------------------------
 
@@ -128,7 +133,7 @@ $(bench):
 	$(heading) 'the release build with the benchmark'
 	$(packages) bench
 	$(configure) release -DZEB_BUILD_BENCH=ON
-	$(build) release --target zeb_bench
+	$(build) release --target zeb_bench cache_policy
 
 gate-packages:
 	$(packages) bench gates

@@ -4,8 +4,6 @@
 #include <sched.h>
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <map>
 #include <regex>
 
@@ -69,6 +67,7 @@ void configure(const RunOptions& options) {
 void registerSide(const Row& row, const Side& side) {
   auto* registered = benchmark::RegisterBenchmark(side.name.c_str(), side.body);
   registered->Threads(row.threads);
+  if (row.turns) registered->Iterations(row.turns);
   if (row.manualTime) {
     registered->UseManualTime();
   } else {
@@ -146,12 +145,6 @@ void runRows(Rows rows, const RunOptions& options,
     if (options.alone) row.peers.clear();
     report(runRow(row));
   }
-}
-
-void check(bool condition, std::string_view what) {
-  if (condition) return;
-  fmt::print(stderr, "zeb_bench: {}\n", what);
-  std::exit(1);
 }
 
 void pinThread(int threadNumber) {

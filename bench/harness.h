@@ -17,9 +17,11 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
+#include <type_traits>
 #include <utility>
 #include <vector>
+
+#include "check.h"
 
 namespace zeb::bench {
 
@@ -49,6 +51,7 @@ struct Row {
   std::string unit = "ns";  // "ns" or "us"
   int operations = 1;       // how many operations one turn of a side does
   bool manualTime = false;  // the sides tell each turn's time themselves
+  int64_t turns = 0;        // of each repetition; 0: as many as fill the least time
   std::optional<Goal> goal = {};
   std::function<void()> prepare =
       {};                         // untimed: makes what the sides need and checks their answers
@@ -97,9 +100,6 @@ struct Result {
 void runRows(Rows rows, const RunOptions& options,
              const std::function<void(const Result&)>& report);
 
-// Ends the process with a message when a side answered wrongly: its time would mean nothing.
-void check(bool condition, std::string_view what);
-
 // Ties the calling thread to the CPU that threads of this number share: 0 for the first, and so on.
 void pinThread(int threadNumber);
 
@@ -139,11 +139,27 @@ Side measure(std::string name, MakeOperation make) {
           }};
 }
 
-// Hides from the compiler where a function pointer comes from, so that it calls it as a client.
-template <class Function>
-Function opaque(Function function) {
-  benchmark::DoNotOptimize(function);
-  return function;
+// A side whose operation returns the seconds that each turn counts for; for rows with manualTime.
+template <class MakeOperation>
+Side measureManually(std::string name, MakeOperation make) {
+  return {std::move(name), [make = std::move(make)](benchmark::State& state) {
+            pinThread(state.thread_index());
+            auto operation = make();
+            for (auto _ : state) state.SetIterationTime(operation());
+          }};
+}
+
+// Hides from the compiler where a function pointer or another value comes from, so that it calls or
+// uses it as a client. (DoNotOptimize on something that may change lets g++ choose between a
+// register and memory, and it was seen to come back with another value.)
+template <class Value>
+Value opaque(Value value) {
+  if constexpr (std::is_scalar_v<Value>) {
+    asm volatile("" : "+r"(value) : : "memory");
+  } else {
+    asm volatile("" : "+m"(value) : : "memory");
+  }
+  return value;
 }
 
 // A prepared sequence that is walked round and round.

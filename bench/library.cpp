@@ -2,9 +2,10 @@
 
 #include <dlfcn.h>
 
+#include <string>
 #include <thread>
 
-#include "harness.h"
+#include "check.h"
 
 namespace zeb::bench {
 

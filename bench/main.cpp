@@ -75,10 +75,18 @@ Rows allRows() {
   addMemoryRows(rows);
   addPoolRows(rows);
   addEventRows(rows);
+  addSnapshotRows(rows);
   addContainerRows(rows);
   addContainerLookupRows(rows);
   addBufferRows(rows);
   addProgressRows(rows);
+  addStreamRows(rows);
+  addBufferStreamRows(rows);
+  addFileStreamRows(rows);
+  addClientStreamRows(rows);
+  addCacheRows(rows);
+  addCachePurgeRows(rows);
+  addFilterRows(rows);
   addLifecycleRows(rows);
   return rows;
 }

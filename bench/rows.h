@@ -16,6 +16,14 @@ void addContainerRows(Rows& rows);
 void addContainerLookupRows(Rows& rows);
 void addBufferRows(Rows& rows);
 void addProgressRows(Rows& rows);
+void addStreamRows(Rows& rows);
+void addBufferStreamRows(Rows& rows);
+void addFileStreamRows(Rows& rows);
+void addClientStreamRows(Rows& rows);
+void addCacheRows(Rows& rows);
+void addCachePurgeRows(Rows& rows);
+void addFilterRows(Rows& rows);
+void addSnapshotRows(Rows& rows);
 void addLifecycleRows(Rows& rows);
 
 }  // namespace zeb::bench
