@@ -52,7 +52,7 @@ typedef uint64_t (*ZEBObjSize)(void *block);
 /* Told of every error that is made through the error interface, and of leaks at stop. */
 typedef void (*ZEBErrorReport)(const char *message);
 
-/* Asked to bring the cache down to the given size in bytes. */
+/* Told the new total of the cache whenever data is attached or changes its size (cache.h). */
 typedef void (*ZEBPurgeRequest)(int64_t newTotalCacheSize);
 
 /* Returns ZEB_VERSION, whether or not the library is initialised. [any-thread] */

@@ -119,7 +119,7 @@ void Cache::removeSelected(ZEBCacheSet& set, void* value, ZEBCacheSelect select)
   Deletions deletions;
   const SpinGuard guard(lock_);
   for (ZEBCacheID* id = set.tree.first(); id != nullptr;) {
-    ZEBCacheID* next = set.tree.next(id);
+    ZEBCacheID* next = SetTree::next(id);
     if (select(value, id->data) != 0) removeLocked(*id, deletions);
     id = next;
   }
@@ -130,7 +130,7 @@ void Cache::removeAll(ZEBCacheSet& set) noexcept {
   Deletions deletions;
   const SpinGuard guard(lock_);
   for (ZEBCacheID* id = set.tree.first(); id != nullptr;) {
-    ZEBCacheID* next = set.tree.next(id);
+    ZEBCacheID* next = SetTree::next(id);
     id->set = nullptr;
     if (id->references == 0 && id->pins == 0) destroyLocked(*id, deletions);
     id = next;

@@ -18,7 +18,8 @@ struct HeldData {
 // Everything here is guarded by the lock of the cache that the identifier belongs to. What a search
 // in a set reads, the key and the children, stands first and close together.
 struct ZEBCacheID : ZEBBase, zeb::cache::HeldData, zeb::redblack_node<ZEBCacheID> {
-  explicit ZEBCacheID(ZEBObjFree freeBy) noexcept : redblack_node{}, freeThrough(freeBy) {}
+  explicit ZEBCacheID(ZEBObjFree freeBy) noexcept
+      : redblack_node{nullptr, nullptr, nullptr, zeb::NodeColour::red}, freeThrough(freeBy) {}
   ZEBCacheID(const ZEBCacheID&) = delete;
   ZEBCacheID& operator=(const ZEBCacheID&) = delete;
 

@@ -8,13 +8,17 @@
 
 #include "cache/cache_id.h"
 
+namespace zeb::cache {
+using SetTree = redblack_tree<ZEBCacheID>;
+}
+
 struct ZEBCacheSet {
   ZEBCacheSet(ZEBCacheCompare compareBy, ZEBObjFree freeBy) noexcept
       : compare(compareBy), freeThrough(freeBy) {}
   ZEBCacheSet(const ZEBCacheSet&) = delete;
   ZEBCacheSet& operator=(const ZEBCacheSet&) = delete;
 
-  zeb::redblack_tree<ZEBCacheID> tree;
+  zeb::cache::SetTree tree;
   const ZEBCacheCompare compare;
   std::atomic<int32_t> references{0};  // its maker adds the first; it may be below 0
   const ZEBObjFree freeThrough;        // as an identifier's

@@ -210,6 +210,7 @@ class redblack_tree {
       }
       sibling->colour = parent->colour;
       parent->colour = NodeColour::black;
+      // NOLINTNEXTLINE(clang-analyzer-core.NullDereference): as above
       (sibling->*far)->colour = NodeColour::black;
       rotate(parent, far, near);
       return;

@@ -427,7 +427,7 @@ class CacheModel : public CacheTest {
 };
 
 TEST_F(CacheModel, AgreesAfterEveryStep) {
-  zeb_test::forEachSeed([&](Random& random) { Run(random, 20000); });
+  zeb_test::forEachSeed([&](Random& random) { Run(random, 8000); });
 }
 
 }  // namespace
