@@ -40,6 +40,7 @@ void excuseReference(ZEBString* atom) noexcept {
 }
 
 void forgetRecent() noexcept { table.forgetRecent(); }
+
 void forEachLive(const Visitor<const ZEBString&, uint32_t>& visit) noexcept {
   table.forEachLive(visit);
 }

@@ -38,6 +38,7 @@ class AtomTable {
 
   // Empties the ring.
   void forgetRecent() noexcept ZEB_EXCLUDES(lock_);
+
   // `visit` is called under the lock.
   void forEachLive(const Visitor<const ZEBString&, uint32_t>& visit) noexcept ZEB_EXCLUDES(lock_);
   [[nodiscard]] LiveObjects live() noexcept ZEB_EXCLUDES(lock_);

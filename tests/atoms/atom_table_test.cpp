@@ -158,6 +158,27 @@ TEST_F(AtomTableTest, MakesSeveralAtOnceFoundOrNew) {
   release(there);
 }
 
+TEST_F(AtomTableTest, ShowsItsLiveAtomsWithTheirReferences) {
+  ZEBString* held = make("held");
+  ZEBString* dying = make("dying");
+  turnTheRing();
+  ASSERT_EQ(dying->references.fetch_sub(1), 1u);  // the last release, not yet in the table's lock
+  held->references.fetch_add(4);
+  uint64_t atoms = 0;
+  table_.forEachLive([&](const ZEBString& atom, uint32_t references) {
+    ++atoms;
+    EXPECT_NE(&atom, dying);
+    EXPECT_EQ(references, &atom == held ? 5u : 1u)
+        << atom.text();  // the others are the ring's or "."
+  });
+  EXPECT_EQ(atoms, AtomTable::kRingSize + 2);
+  EXPECT_EQ(table_.live().live, AtomTable::kRingSize + 2);
+  EXPECT_EQ(table_.live().kept, uint64_t{AtomTable::kRingSize});
+  table_.removeDying(dying);
+  for (int i = 0; i < 5; ++i) release(held);
+  EXPECT_EQ(table_.live().live, AtomTable::kRingSize + 1);
+}
+
 TEST_F(AtomTableTest, AgreesWithASetOfTexts) {
   const auto seed = std::random_device{}();
   RecordProperty("seed", std::to_string(seed));

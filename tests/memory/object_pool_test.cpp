@@ -109,6 +109,18 @@ TEST_P(PoolOfShape, MissesAPageForTheFirstObjectAndForOneTooMany) {
   EXPECT_EQ(host.given(), 2u);
 }
 
+TEST_P(PoolOfShape, KnowsHowManySlotsAreTaken) {
+  EXPECT_EQ(pool.taken(), 0u);
+  const auto objects = take(2 * slots + 3);  // two full pages and one that is not
+  EXPECT_EQ(pool.taken(), 2 * slots + 3);
+  giveBack(objects[1]);
+  giveBack(objects[slots]);
+  EXPECT_EQ(pool.taken(), 2 * slots + 1);
+  for (uint64_t i = 2; i < slots; ++i) giveBack(objects[i]);
+  giveBack(objects[0]);  // the first page is gone
+  EXPECT_EQ(pool.taken(), slots + 2);
+}
+
 TEST_P(PoolOfShape, UsesAFullPageAgainBeforeAnyOther) {
   const auto first = take(slots);
   const auto second = take(slots);

@@ -176,6 +176,36 @@ TEST_F(ProcRegistryTest, AnswersAsAnOracleOfThreeTexts) {
   }
 }
 
+TEST_F(ProcRegistryTest, ShowsEachEntryOnce) {
+  removeEverything();
+  ASSERT_TRUE(add("I", "M", "P", one));
+  ASSERT_TRUE(add("I", "M", "Q", two));
+  ASSERT_TRUE(add(nullptr, "", nullptr, three));
+  std::map<std::string, ZEBProc> seen;
+  const auto text = [](const ZEBString* name) { return name != nullptr ? name->text() : "(null)"; };
+  forEachProc([&](const RegisteredProc& entry) {
+    std::string names;
+    for (const ZEBString* name : entry.names) names += std::string(text(name)) + "/";
+    EXPECT_TRUE(seen.emplace(names, entry.proc).second) << names;
+  });
+  const std::map<std::string, ZEBProc> expected{
+      {"I/M/P/", one}, {"I/M/Q/", two}, {"(null)//(null)/", three}};
+  EXPECT_EQ(seen, expected);
+  EXPECT_EQ(liveProcs().live, 3u);
+}
+
+TEST_F(ProcRegistryTest, RemembersWhatWasUnregisteredUntilItIsEmptied) {
+  ASSERT_TRUE(add("I", "M", "P", one));
+  EXPECT_EQ(lastUnregistration("I"), std::nullopt);
+  removeInterface("I");
+  EXPECT_EQ(lastUnregistration("I"), unregisterCount());
+  removeInterface("J");
+  EXPECT_EQ(lastUnregistration("I"), unregisterCount() - 1);
+  EXPECT_EQ(lastUnregistration("J"), std::nullopt);  // there was no such interface
+  removeEverything();
+  EXPECT_EQ(lastUnregistration("I"), std::nullopt);
+}
+
 TEST_F(ProcRegistryTest, LeavesNothingBehindWhenMemoryIsShort) {
   for (int64_t nth = 1;; ++nth) {
     const int64_t before = CountingHost::liveBlocks;
