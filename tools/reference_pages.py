@@ -15,6 +15,7 @@ OWNERSHIP = {
     "none": "",
     "borrowed": "only looked at",
     "copied": "copied",
+    "filled": "filled in",
     "shared": "the library adds a reference of its own",
     "kept": "stays the caller's and must stay valid as long as it is used",
     "consumed": "the library's in every case",
@@ -40,8 +41,12 @@ FAILURE = {
 }
 
 
+def prose(text):
+    return text.replace("*", "\\*")
+
+
 def cell(text):
-    return text.replace("|", "\\|").replace("*", "\\*")
+    return prose(text).replace("|", "\\|")
 
 
 def code(text):
@@ -96,7 +101,7 @@ def remarks(parameter, is_procedure):
     parts = [parameter.get("description", "")]
     if "unit" in parameter:
         parts.append(f"In {parameter['unit']}")
-    if parameter["direction"] != "in":
+    if parameter["direction"] != "in" and parameter["ownership"] in GIVEN:
         parts.append(ownership(parameter, GIVEN))
     elif not is_procedure:
         parts.append(ownership(parameter, OWNERSHIP))
@@ -131,9 +136,10 @@ def result_text(result):
                       ownership(result, GIVEN), failure])
 
 
-def proc_section(description, proc):
+def proc_section(description, interface, proc):
     heading = proc["method"]
-    if proc["table"] == "older":
+    _, newest = description.proc(f"{interface['name']}/{proc['method']}")
+    if proc is not newest:
         heading += f", version {proc['version']}"
     yield f"## {heading}"
     yield ""
@@ -141,7 +147,7 @@ def proc_section(description, proc):
     yield signature(proc, proc["proc"])
     yield "```"
     yield ""
-    yield proc["description"]
+    yield prose(proc["description"])
     yield ""
     if proc["parameters"]:
         yield from parameter_table(description, proc["parameters"])
@@ -158,7 +164,7 @@ def interface_page(description, interface):
     yield NOTICE
     yield f"# {interface['title']}: {interface['name']}"
     yield ""
-    yield interface["description"]
+    yield prose(interface["description"])
     yield ""
     line = f"Header {code(interface['header'])}"
     if "procsStruct" in interface:
@@ -173,7 +179,7 @@ def interface_page(description, interface):
                f"| {', '.join(proc['threads'])} |")
     yield ""
     for proc in interface["procs"]:
-        yield from proc_section(description, proc)
+        yield from proc_section(description, interface, proc)
     used = {p["type"] for proc in interface["procs"] for p in proc["parameters"]}
     clients = [entry for name, entry in description.callbacks.items() if name in used]
     if clients:
@@ -190,7 +196,7 @@ def callback_section(entry):
     yield signature(entry, entry["name"])
     yield "```"
     yield ""
-    yield entry["description"]
+    yield prose(entry["description"])
     yield ""
 
 
@@ -201,7 +207,7 @@ def export_section(description, entry):
     yield signature(entry, entry["name"], is_type=False)
     yield "```"
     yield ""
-    yield entry["description"]
+    yield prose(entry["description"])
     yield ""
     if entry["parameters"]:
         yield from parameter_table(description, entry["parameters"])

@@ -167,7 +167,7 @@ class Call:
         name, c_type = parameter["name"] + "_", parameter["type"]
         taken = parameter.get("ownership") in ("given-back", "consumed-on-success")
         given = "true" if taken else "false"
-        if parameter["direction"] == "out":
+        if parameter["direction"] == "out" and parameter["ownership"] != "filled":
             return f"Out<{c_type[:-1].strip()}> {name};", f"{name}.slot()"
         if parameter["direction"] == "inout":
             value = f"sweep.{sample(parameter['handle'])}(true)"
