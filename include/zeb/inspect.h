@@ -4,7 +4,7 @@
  * It answers what a person asks who wonders why something is not found or not given back: what is
  * registered and by whom, why a look-up fails, which objects live, which atoms. Nothing else needs
  * it, and nothing is counted, kept or locked for it while nobody asks, but for the names of the
- * interfaces unregistered last and two tallies of objects that have no pool.
+ * interfaces unregistered last and a tally for each kind of object that has no pool or list.
  *
  * Every answer is a snapshot: a copy that shows one moment and that nothing changes afterwards. All
  * texts in it are copies that live and die with it. The caller owns a snapshot and gives it back
@@ -81,6 +81,10 @@ typedef struct ZEBInspectedKind {
  *   "interface method"  interface names of containers
  *   "shared buffer"
  *   "progress"          progress objects
+ *   "stream"            stream objects; each has a container besides
+ *   "cache identifier"
+ *   "cache set"
+ *   "data sink"         filters included
  *
  * Returns null with *count 0 when memory is short, null for a null count. [any-thread]
  */

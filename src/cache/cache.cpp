@@ -101,6 +101,13 @@ int64_t Cache::total() const noexcept {
   return total_;
 }
 
+uint64_t Cache::count() const noexcept {
+  const SpinGuard guard(lock_);
+  return list_.count();
+}
+
+LiveObjects liveIDs() noexcept { return {.live = processCache.count()}; }
+
 ZEBCacheID* Cache::search(const ZEBCacheSet& set, void* key, int32_t mode) {
   const SpinGuard guard(lock_);
   ZEBCacheID* id = find(set, key, mode);

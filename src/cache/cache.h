@@ -93,6 +93,7 @@ class Cache {
   void unpin(ZEBCacheID& id) noexcept ZEB_EXCLUDES(lock_);
 
   [[nodiscard]] int64_t total() const noexcept ZEB_EXCLUDES(lock_);
+  [[nodiscard]] uint64_t count() const noexcept ZEB_EXCLUDES(lock_);
 
   // --- Sets ---
 
@@ -146,6 +147,8 @@ class Cache {
 
 // The one of the process.
 extern constinit Cache processCache;
+
+[[nodiscard]] LiveObjects liveIDs() noexcept;
 
 }  // namespace zeb::cache
 

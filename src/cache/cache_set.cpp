@@ -4,6 +4,8 @@
 
 namespace zeb::cache {
 
+constinit LiveTally liveSetTally;
+
 // One comparison a level: equality is looked for once, at the end.
 Place findPlace(const ZEBCacheSet& set, void* key) {
   const ZEBCacheCompare compare = set.compare;

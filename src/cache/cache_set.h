@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstdint>
 
+#include "base/live_objects.h"
 #include "cache/cache_id.h"
 
 namespace zeb::cache {
@@ -14,7 +15,10 @@ using SetTree = redblack_tree<ZEBCacheID>;
 
 struct ZEBCacheSet {
   ZEBCacheSet(ZEBCacheCompare compareBy, ZEBObjFree freeBy) noexcept
-      : compare(compareBy), freeThrough(freeBy) {}
+      : compare(compareBy), freeThrough(freeBy) {
+    zeb::cache::liveSetTally.made();
+  }
+  ~ZEBCacheSet() { zeb::cache::liveSetTally.ended(); }
   ZEBCacheSet(const ZEBCacheSet&) = delete;
   ZEBCacheSet& operator=(const ZEBCacheSet&) = delete;
 
@@ -25,6 +29,8 @@ struct ZEBCacheSet {
 };
 
 namespace zeb::cache {
+
+[[nodiscard]] inline LiveObjects liveSets() noexcept { return {.live = liveSetTally.live()}; }
 
 // Where a key belongs.
 struct Place {

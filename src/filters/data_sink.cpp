@@ -9,6 +9,8 @@
 
 namespace zeb::filters {
 
+constinit LiveTally liveSinkTally;
+
 namespace {
 
 // True when the reference was the last and nothing pins the member.

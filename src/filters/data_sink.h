@@ -11,20 +11,27 @@
 
 #include <cstdint>
 
+#include "base/live_objects.h"
 #include "base/object_bases.h"
 #include "zeb/filter.h"
 
 // What a member is, asked more often than a virtual call would be worth.
 enum class ZEBDataSinkKind : uint8_t { kNullSink, kSink, kFilter, kIdentityFilter, kFilterJPEG };
 
+namespace zeb::filters {
+extern constinit LiveTally liveSinkTally;
+}
+
 struct ZEBDataSink : ZEBBase {
-  explicit ZEBDataSink(ZEBDataSinkKind sinkKind) noexcept : kind(sinkKind) {}
+  explicit ZEBDataSink(ZEBDataSinkKind sinkKind) noexcept : kind(sinkKind) {
+    zeb::filters::liveSinkTally.made();
+  }
   ZEBDataSink(const ZEBDataSink&) = delete;
   ZEBDataSink& operator=(const ZEBDataSink&) = delete;
 
   // May throw what a client's procedure throws. The member may be gone when it returns.
   virtual ZEBErrorObject* Write(const void* data, uint64_t size) = 0;
-  virtual ~ZEBDataSink() = default;
+  virtual ~ZEBDataSink() { zeb::filters::liveSinkTally.ended(); }
   // Ends the client's data; calls afterwards no longer reach the client.
   virtual void endClient() noexcept {}
 
@@ -80,6 +87,8 @@ class ClientDataSink final : public ZEBDataSinkImpl {
  private:
   ClientPart client_;
 };
+
+[[nodiscard]] inline LiveObjects liveSinks() noexcept { return {.live = liveSinkTally.live()}; }
 
 // Null is ignored by both.
 inline void addReference(ZEBDataSink* sink) noexcept {

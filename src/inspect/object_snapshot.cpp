@@ -6,10 +6,14 @@
 #include "base/live_objects.h"
 #include "buffers/progress.h"
 #include "buffers/shared_buffer.h"
+#include "cache/cache.h"
+#include "cache/cache_set.h"
 #include "container/container.h"
 #include "errors/error_object.h"
 #include "events/event_registry.h"
+#include "filters/data_sink.h"
 #include "registry/proc_registry.h"
+#include "streams/stream_impl.h"
 
 namespace zeb::inspect {
 
@@ -33,6 +37,10 @@ constexpr Kind kKinds[] = {
     {"interface method", container::liveInterfaces},
     {"shared buffer", buffers::liveBuffers},
     {"progress", buffers::liveProgress},
+    {"stream", streams::liveStreams},
+    {"cache identifier", cache::liveIDs},
+    {"cache set", cache::liveSets},
+    {"data sink", filters::liveSinks},
 };
 
 }  // namespace

@@ -12,6 +12,8 @@
 
 namespace zeb::streams {
 
+constinit LiveTally liveStreamTally;
+
 namespace {
 
 void destroyStream(void* stream) { destroyObject(static_cast<SimpleStreamImpl*>(stream)); }

@@ -7,10 +7,14 @@
 
 #include <cstdint>
 
+#include "base/live_objects.h"
 #include "base/object_bases.h"
 #include "zeb/types.h"
 
 namespace zeb::streams {
+
+// Of stream objects. A stream's container counts as a container besides.
+extern constinit LiveTally liveStreamTally;
 
 enum class Tier : uint8_t { simple, rewindable, positionable };
 
@@ -18,7 +22,7 @@ class SimpleStreamImpl : public ZEBBase {
  public:
   SimpleStreamImpl(const SimpleStreamImpl&) = delete;
   SimpleStreamImpl& operator=(const SimpleStreamImpl&) = delete;
-  virtual ~SimpleStreamImpl() = default;
+  virtual ~SimpleStreamImpl() { liveStreamTally.ended(); }
 
   // The bytes read, at most `count`.
   virtual uint64_t Read(void* destination, uint64_t count) = 0;
@@ -28,7 +32,9 @@ class SimpleStreamImpl : public ZEBBase {
   [[nodiscard]] Tier tier() const noexcept { return tier_; }
 
  protected:
-  explicit SimpleStreamImpl(Tier tier = Tier::simple) noexcept : tier_(tier) {}
+  explicit SimpleStreamImpl(Tier tier = Tier::simple) noexcept : tier_(tier) {
+    liveStreamTally.made();
+  }
 
  private:
   const Tier tier_;
@@ -56,6 +62,8 @@ class PositionableStreamImpl : public RewindableStreamImpl {
  protected:
   PositionableStreamImpl() noexcept : RewindableStreamImpl(Tier::positionable) {}
 };
+
+[[nodiscard]] inline LiveObjects liveStreams() noexcept { return {.live = liveStreamTally.live()}; }
 
 }  // namespace zeb::streams
 

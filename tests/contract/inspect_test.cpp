@@ -264,10 +264,11 @@ TEST_F(InspectedObjects, StandInAnOrderThatLastsForEver) {
   std::vector<std::string> kinds;
   for (std::uint32_t i = 0; i < count; ++i) kinds.emplace_back(records[i].kind);
   zeb_.inspect.DeleteSnapshot(records);
-  ASSERT_GE(kinds.size(), 9u);
-  kinds.resize(9);  // later ones are added behind
+  ASSERT_GE(kinds.size(), 13u);
+  kinds.resize(13);  // later ones are added behind
   EXPECT_THAT(kinds, ElementsAre("proc", "atom", "error", "event counter", "container", "instance",
-                                 "interface method", "shared buffer", "progress"));
+                                 "interface method", "shared buffer", "progress", "stream",
+                                 "cache identifier", "cache set", "data sink"));
 }
 
 TEST_F(InspectedObjects, AgreeWithTheSnapshots) {
@@ -361,6 +362,49 @@ TEST_F(InspectedObjects, CountProgressObjectsOfBothKinds) {
   zeb_.progress.Release(client);
   zeb_.progress.Release(null);
   EXPECT_EQ(zeb_.Objects("progress").live, 0u);
+}
+
+TEST_F(InspectedObjects, CountStreams) {
+  ZEBStreamFactoryProcs streams{};
+  ASSERT_EQ(ZEBFetchStreamFactoryProcs(zeb_.getProcAddress, &streams), 1);
+  const std::uint64_t before = zeb_.Objects("stream").live;
+  ZEBContainer* stream = nullptr;
+  EXPECT_EQ(zeb_.Outcome(streams.NewPositionableMemoryStream(&stream)), kSuccess);
+  EXPECT_EQ(zeb_.Objects("stream").live, before + 1);
+  ZEBContainer* none = nullptr;
+  EXPECT_NE(zeb_.Outcome(streams.NewPositionableFileStream(&none, "no/such/file", "r")), kSuccess);
+  EXPECT_EQ(zeb_.Objects("stream").live, before + 1);
+  zeb_.container.Release(stream);
+  EXPECT_EQ(zeb_.Objects("stream").live, before);
+}
+
+TEST_F(InspectedObjects, CountCacheIdentifiersAndSets) {
+  ZEBCacheProcs cache{};
+  ASSERT_EQ(ZEBFetchCacheProcs(zeb_.getProcAddress, &cache), 1);
+  const auto before = zeb_.Objects();
+  ZEBCacheID* id = cache.NewCacheID();
+  ZEBCacheSet* set = cache.NewCacheSet([](void*, void*) { return 0; });
+  cache.AddRefCacheSet(set);
+  EXPECT_EQ(zeb_.Objects("cache identifier").live, before.at("cache identifier").live + 1);
+  EXPECT_EQ(zeb_.Objects("cache set").live, before.at("cache set").live + 1);
+  cache.DeleteCacheSet(set);
+  cache.Release(id);
+  EXPECT_EQ(zeb_.Objects("cache identifier"), before.at("cache identifier"));
+  EXPECT_EQ(zeb_.Objects("cache set"), before.at("cache set"));
+}
+
+TEST_F(InspectedObjects, CountTheMembersOfAChain) {
+  ZEBFilterProcs filters{};
+  ASSERT_EQ(ZEBFetchFilterProcs(zeb_.getProcAddress, &filters), 1);
+  const std::uint64_t before = zeb_.Objects("data sink").live;
+  ZEBDataSink* sink = nullptr;
+  ZEBDataSink* filter = nullptr;
+  EXPECT_EQ(zeb_.Outcome(filters.NewNullDataSink(&sink)), kSuccess);
+  EXPECT_EQ(zeb_.Outcome(filters.NewIdentityFilter(&filter, sink)), kSuccess);
+  EXPECT_EQ(zeb_.Outcome(filters.AddRef(filter)), kSuccess);
+  EXPECT_EQ(zeb_.Objects("data sink").live, before + 2);
+  filters.Release(filter);
+  EXPECT_EQ(zeb_.Objects("data sink").live, before);
 }
 
 TEST_F(InspectedObjects, KnowTheAtomsThatOnlyTheRingKeeps) {

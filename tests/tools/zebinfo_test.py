@@ -137,7 +137,7 @@ class ZebinfoTest(unittest.TestCase):
         document = self.document()
         names = [interface["name"] for interface in document["interfaces"]]
         self.assertEqual(names, sorted(names))
-        for expected in ("ZEB", "ZEBContainerInterface", "ZEBErrorInterface", "ZEBEventInterface",
+        for expected in ("ZEB", "ZEBCacheInterface", "ZEBContainerInterface", "ZEBErrorInterface", "ZEBEventInterface",
                          "ZEBInspectInterface", "ZEBMemDbgInterface", "ZEBMemoryInterface",
                          "ZEBProgressInterface", "ZEBSharedBuffInterface", "ZEBStringInterface"):
             self.assertIn(expected, names)
