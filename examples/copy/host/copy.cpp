@@ -29,7 +29,7 @@ constexpr uint32_t kFirstChangeCount = 1;
 // Reads a stream to its end, hands each piece to `use`, and tells what it has read.
 DigestedBytes readAll(const Stream& stream,
                       const std::function<void(std::span<const std::byte>)>& use) {
-  std::array<std::byte, 65536> piece;
+  std::array<std::byte, 65536> piece{};
   Digest digest;
   while (const size_t count = stream.read(piece)) {
     const std::span<const std::byte> bytes = std::span(piece).first(count);
