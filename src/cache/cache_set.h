@@ -11,7 +11,8 @@
 
 namespace zeb::cache {
 using SetTree = redblack_tree<ZEBCacheID>;
-}
+extern constinit LiveTally liveSetTally;
+}  // namespace zeb::cache
 
 struct ZEBCacheSet {
   ZEBCacheSet(ZEBCacheCompare compareBy, ZEBObjFree freeBy) noexcept
