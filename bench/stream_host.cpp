@@ -37,6 +37,7 @@ StreamHost::StreamHost() {
   check(ZEBFetchContainerProcs(getProcAddress, &procs_.containers), "container procs are missing");
   check(ZEBFetchSharedBufferProcs(getProcAddress, &procs_.buffers),
         "shared-buffer procs are missing");
+  live_ = newMemoryStream();
 }
 
 ZEBContainer* StreamHost::newMemoryStream() const {

@@ -35,9 +35,14 @@ struct StreamProcs {
   ZEBSharedBufferProcs buffers;
 };
 
+// One stream is live as long as the host: the pools that streams come from have pages, as they have
+// wherever a stream or another component is in use.
 class StreamHost {
  public:
   StreamHost();
+  ~StreamHost() { procs_.containers.Release(live_); }
+  StreamHost(const StreamHost&) = delete;
+  StreamHost& operator=(const StreamHost&) = delete;
 
   const StreamProcs& procs() const { return procs_; }
 
@@ -49,6 +54,7 @@ class StreamHost {
  private:
   Session session_;
   StreamProcs procs_;
+  ZEBContainer* live_;
 };
 
 // A stream of ours as a client uses it. Releases it at its end.
