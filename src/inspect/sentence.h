@@ -40,7 +40,7 @@ class Sentence {
 
   Sentence& addNumber(uint64_t number) noexcept {
     std::array<char, 20> digits{};
-    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
+    const char* end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
     return add({digits.data(), static_cast<size_t>(end - digits.data())});
   }
 

@@ -3,27 +3,23 @@
 #ifndef ZEB_UTIL_VISITOR_H
 #define ZEB_UTIL_VISITOR_H
 
-#include <type_traits>
-
 namespace zeb {
 
 template <class... Arguments>
 class Visitor {
  public:
+  // Not explicit: a lambda is handed over as it stands.
   template <class Callable>
-  requires(!std::is_same_v<std::remove_cvref_t<Callable>, Visitor>)
-      // NOLINTNEXTLINE(google-explicit-constructor): a lambda is handed over as it stands
-      Visitor(Callable&& callable)
-  noexcept
-      : callable_(&callable), call_([](void* target, Arguments... arguments) {
-          (*static_cast<std::remove_reference_t<Callable>*>(target))(arguments...);
+  Visitor(const Callable& callable) noexcept
+      : callable_(&callable), call_([](const void* target, Arguments... arguments) {
+          (*static_cast<const Callable*>(target))(arguments...);
         }) {}
 
   void operator()(Arguments... arguments) const { call_(callable_, arguments...); }
 
  private:
-  void* callable_;
-  void (*call_)(void* target, Arguments... arguments);
+  const void* callable_;
+  void (*call_)(const void* target, Arguments... arguments);
 };
 
 }  // namespace zeb

@@ -128,6 +128,7 @@ TEST(BusyInspection, CountsObjectsThatComeAndGo) {
   const LiveCount containers = after.at("container");
   EXPECT_EQ(containers.live - containers.kept,
             before.at("container").live - before.at("container").kept);
+  zeb.DrainRecycled();
 }
 
 }  // namespace
