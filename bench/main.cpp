@@ -87,6 +87,7 @@ Rows allRows() {
   addCacheRows(rows);
   addCachePurgeRows(rows);
   addFilterRows(rows);
+  addSdkRows(rows);
   addLifecycleRows(rows);
   return rows;
 }

@@ -24,6 +24,7 @@ void addCacheRows(Rows& rows);
 void addCachePurgeRows(Rows& rows);
 void addFilterRows(Rows& rows);
 void addSnapshotRows(Rows& rows);
+void addSdkRows(Rows& rows);
 void addLifecycleRows(Rows& rows);
 
 }  // namespace zeb::bench
