@@ -113,12 +113,12 @@ case $kind in
     packages=(libzeb4_4.0_ libzeb-dev_4.0_)
     [[ ! -e $build/tools/zebinfo/zebinfo ]] || packages+=(zeb-tools_4.0_)
     for package in "${packages[@]}"; do
-      dpkg-deb --extract "$work/$package$local_architecture.deb" "$work/root"
+      dpkg-deb --extract "$work/$package$local_architecture.deb" "$work/unpacked"
     done
     dpkg-deb --field "$work/libzeb4_4.0_$local_architecture.deb" Depends | grep -q libc6 ||
       fail "the package does not say what it needs"
-    plain_c "$work/root/usr/lib/pkgconfig"
-    inspects_itself "$work/root/usr"
+    plain_c "$work/unpacked/usr/lib/pkgconfig"
+    inspects_itself "$work/unpacked/usr"
     ;;
   *) fail "unknown case $kind" ;;
 esac
