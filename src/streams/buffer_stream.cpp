@@ -28,8 +28,9 @@ uint64_t BufferSharedStream::Read(void* destination, uint64_t count) {
   const uint64_t n = std::min(data_.End() - cursor(), count);
   if (n == 0) return 0;
   requireBuffer(destination, n);
-  std::memcpy(destination, data_.data() + cursor(), n);
-  setCursor(cursor() + n);
+  const uint64_t from = cursor();
+  setCursor(from + n);
+  std::memcpy(destination, data_.data() + from, n);
   return n;
 }
 
@@ -39,8 +40,9 @@ void BufferSharedStream::Write(const void* source, uint64_t count) {
   }
   if (count == 0) return;
   requireBuffer(source, count);
-  std::memcpy(data_.data() + cursor(), source, count);
-  setCursor(cursor() + count);
+  const uint64_t to = cursor();
+  setCursor(to + count);
+  std::memcpy(data_.data() + to, source, count);
 }
 
 ZEBContainer* BufferSharedStream::CreateIndependentlyPositionableStream() {

@@ -67,9 +67,23 @@ TEST_F(Binding, RequiredInterfaceThatIsMissingSaysWhichProc) {
     (void)sdk::procs<Answers>();
     FAIL() << "it was bound";
   } catch (const sdk::MissingInterface& failure) {
-    EXPECT_STREQ(failure.what(), "AnswersInterface/Larger/LargerAnswerProc is not registered");
+    EXPECT_STREQ(failure.what(),
+                 "AnswersInterface/Larger/LargerAnswerProc is not registered: interface "
+                 "\"AnswersInterface\" has no method \"Larger\"");
+    EXPECT_THAT(logged, ElementsAre(failure.what()));
   }
-  EXPECT_THAT(logged, ElementsAre("AnswersInterface/Larger/LargerAnswerProc is not registered"));
+}
+
+TEST_F(Binding, SaysThatItsInterfaceWasUnregistered) {
+  publish("Answer", "AnswerProc", &one);
+  withdraw();
+  try {
+    (void)sdk::procs<Answers>();
+    FAIL() << "it was bound";
+  } catch (const sdk::MissingInterface& failure) {
+    EXPECT_THAT(failure.what(), HasSubstr("there is no interface \"AnswersInterface\""));
+    EXPECT_THAT(failure.what(), HasSubstr("was last unregistered"));
+  }
 }
 
 TEST_F(Binding, FindsWhatIsPublishedLater) {

@@ -80,13 +80,30 @@ std::string changedSignature(ZEBGetProcAddress find) {
   return complaint;
 }
 
+// Why a look-up fails, in the words of the library's own inspection where it is served.
+inline std::string explained(ZEBGetProcAddress find, const char* interfaceName,
+                             const ZEBProcRequest& request) {
+  std::string text = fullName(interfaceName, request) + " is not registered";
+  ZEBInspectProcs inspect{};
+  if (ZEBFetchInspectProcs(find, &inspect) == 0) return text;
+  ZEBLookupExplanation* explanation =
+      inspect.NewLookupExplanation(interfaceName, request.methodName, request.procName);
+  if (explanation == nullptr) return text;
+  try {
+    text.append(": ").append(explanation->text);
+  } catch (...) {  // what there is must do
+  }
+  inspect.DeleteSnapshot(explanation);
+  return text;
+}
+
 template <Interface I>
 std::string whyMissing(ZEBGetProcAddress find) {
   if (find == nullptr)
     return std::string(I::kName) + ": this module is not attached to the library";
   for (const ZEBProcRequest& request : I::kRequests) {
     if (find(I::kName, request.methodName, request.procName) == nullptr) {
-      return fullName(I::kName, request) + " is not registered";
+      return explained(find, I::kName, request);
     }
   }
   std::string changed = changedSignature<I>(find);
