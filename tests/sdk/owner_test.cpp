@@ -31,7 +31,8 @@ TEST_F(Owners, MovingAnOwnerHandsItsReferenceOn) {
   EXPECT_EQ(second.get(), handle);
   second = sdk::Atom("other");
   EXPECT_EQ(second.text(), "other");
-  second = std::move(second);
+  sdk::Atom& same = second;
+  second = std::move(same);
   EXPECT_EQ(second.text(), "other");
 }
 
