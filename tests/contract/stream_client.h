@@ -134,6 +134,7 @@ class ClientStreamTest : public StreamTest {
 
   ClientContext context_;
   ClientContext other_;
+  Data data_;  // outlives the containers that tests keep
 };
 
 }  // namespace contract

@@ -60,9 +60,8 @@ TEST_F(ClientStream, HasNoMethodThatOnlyItsContainerClaims) {
 }
 
 TEST_F(ClientStream, IsNoStreamWithoutAnInstanceOfOne) {
-  Data data;
-  ZEBContainer* impostor = Keep(
-      zeb_.NewFull(&data, {.instanceName = "other", .interfaceName = ZEB_SIMPLE_STREAM_INTERFACE}));
+  ZEBContainer* impostor = Keep(zeb_.NewFull(
+      &data_, {.instanceName = "other", .interfaceName = ZEB_SIMPLE_STREAM_INTERFACE}));
   EXPECT_EQ(Write(impostor, "x"), kMissingMethod);
   EXPECT_EQ(Write(Keep(zeb_.NewEmpty()), "x"), kMissingMethod);
 }
@@ -77,9 +76,8 @@ TEST_F(ClientStream, IsFoundBehindAClone) {
 }
 
 TEST_F(ClientStream, IsFoundBehindAnotherInstance) {
-  Data data;
   ZEBContainer* memory = NewMemory("abc");
-  zeb_.AddInstance(memory, "another", &data);
+  zeb_.AddInstance(memory, "another", &data_);
   EXPECT_EQ(Read(memory, 9), "abc");
 }
 

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "contract/sanitizer_options.h"
 #include "contract/stream_library.h"
 
 namespace contract {

@@ -164,6 +164,7 @@ class Binding final : public Forgettable {
 
   // Another thread may be reading what was current: it stays, and a new one takes its place. When
   // some other interface was unregistered, the procs are the same and only the count moves on.
+  // NOLINTNEXTLINE(readability-non-const-parameter): reading it atomically takes a plain pointer
   const Procs* install(ZEBGetProcAddress find, const Procs& procs, uint32_t* counter,
                        uint32_t count) {
     const std::scoped_lock guard(attachment.lock());

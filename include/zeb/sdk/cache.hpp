@@ -84,8 +84,7 @@ class CacheSet {
   [[nodiscard]] Pinned<Value> get(const Key& key, Make make) {
     const auto& cache = procs<Cache>();
     for (;;) {
-      // The search compares keys only; it does not change what it is given.
-      ZEBCacheID* id = cache.SearchForID(set_, const_cast<Key*>(&key), ZEB_CACHE_FIND_EQUAL);
+      ZEBCacheID* id = cache.SearchForID(set_, keyOf(key), ZEB_CACHE_FIND_EQUAL);
       if (id == nullptr) throw std::bad_alloc();
       uint64_t begin = 0;
       void* data = cache.MarkNoPurge(id, &begin, 1);
@@ -119,7 +118,7 @@ class CacheSet {
   // The result under the key, or nothing when there is none. For looking without making.
   [[nodiscard]] bool contains(const Key& key) {
     const auto& cache = procs<Cache>();
-    ZEBCacheID* id = cache.SearchForID(set_, const_cast<Key*>(&key), ZEB_CACHE_FIND_EQUAL);
+    ZEBCacheID* id = cache.SearchForID(set_, keyOf(key), ZEB_CACHE_FIND_EQUAL);
     if (id == nullptr) return false;
     uint32_t size = 0;
     int64_t cost = 0;
@@ -130,9 +129,7 @@ class CacheSet {
   }
 
   // Forgets the result under the key; one that is pinned lives on until its Pinned ends.
-  void remove(const Key& key) {
-    procs<Cache>().RemoveID(set_, const_cast<Key*>(&key), ZEB_CACHE_FIND_EQUAL);
-  }
+  void remove(const Key& key) { procs<Cache>().RemoveID(set_, keyOf(key), ZEB_CACHE_FIND_EQUAL); }
 
  private:
   // The key leads: the library knows an entry by the address of its key.
@@ -141,6 +138,11 @@ class CacheSet {
     Value value;
     uint64_t size;
   };
+
+  // The library compares keys only and changes none.
+  static void* keyOf(const Key& key) noexcept {
+    return const_cast<Key*>(&key);  // NOLINT(cppcoreguidelines-pro-type-const-cast): as said
+  }
 
   static const Value* valueOf(const void* key) noexcept {
     return key != nullptr ? &static_cast<const Entry*>(key)->value : nullptr;

@@ -58,29 +58,30 @@ class Library {
         reinterpret_cast<void*>(GetProcAddress(module, "ZEBTerminate")));
 #else
     void* module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
-    if (module == nullptr) throw StartFailure(dlerror());
+    if (module == nullptr) throw StartFailure(reason());
     exports.start = reinterpret_cast<ZEBInitialize4Function>(dlsym(module, "ZEBInitialize4"));
     exports.stop = reinterpret_cast<ZEBTerminateFunction>(dlsym(module, "ZEBTerminate"));
 #endif
     if (exports.start == nullptr || exports.stop == nullptr) {
       throw StartFailure(path + " is not libzeb");
     }
-    return Library(exports, options);
+    return {exports, options};
   }
 
   // The library that the host is linked with. A template only so that a host which loads the
   // library by path needs no symbol of it.
   template <class Options = StartOptions>
   [[nodiscard]] static Library linked(const Options& options = {}) {
-    return Library({&ZEBInitialize4, &ZEBTerminate}, options);
+    return {Exports{&ZEBInitialize4, &ZEBTerminate}, options};
   }
 
-  Library(Library&& other) noexcept : stop_(std::exchange(other.stop_, nullptr)) {}
+  Library(Library&& other) noexcept
+      : stop_(std::exchange(other.stop_, nullptr)), find_(std::exchange(other.find_, nullptr)) {}
   Library& operator=(Library&&) = delete;
   ~Library() { (void)stop(); }
 
-  // What modules are handed.
-  [[nodiscard]] ZEBGetProcAddress find() const noexcept { return lookUp(); }
+  // What modules are handed; null once the library was stopped.
+  [[nodiscard]] ZEBGetProcAddress find() const noexcept { return find_; }
 
   // Stops the library and returns where the change counter stood, for the next start; 0 when it was
   // stopped already. What the caches keep goes first, while the host's allocator is still in place.
@@ -88,6 +89,7 @@ class Library {
     if (stop_ == nullptr) return 0;
     if (const auto* cache = tryProcs<Cache>()) cache->PurgeAllStaticCaches(nullptr);
     stopClient();
+    find_ = nullptr;
     return std::exchange(stop_, nullptr)();
   }
 
@@ -99,21 +101,27 @@ class Library {
 
   Library(const Exports& exports, const StartOptions& options) : stop_(exports.stop) {
     if (thisModule.started) throw StartFailure("this host has started the library already");
-    const ZEBGetProcAddress found =
+    find_ =
         exports.start(options.pageAlloc, options.pageFree, options.objAlloc, options.objRealloc,
                       options.objFree, options.objSize, options.errorReport, options.purgeRequest,
                       options.flags, options.unregisterCountStart, options.hostValue);
-    if (found == nullptr) {
+    if (find_ == nullptr) {
       throw StartFailure(
           "libzeb refused to start: it runs with another host's allocators, or memory is short");
     }
-    if (!startClient(found)) {
+    if (!startClient(find_)) {
       stop_();
       throw StartFailure("an object of the host could not be initialised");
     }
   }
 
+#ifndef _WIN32
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is the calling thread's own
+  static const char* reason() noexcept { return dlerror(); }
+#endif
+
   ZEBTerminateFunction stop_;
+  ZEBGetProcAddress find_ = nullptr;
 };
 
 }  // namespace zeb::sdk

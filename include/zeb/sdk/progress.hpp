@@ -41,6 +41,7 @@ class Progress : public Owner<detail::Counted<ZEBProgress, Progresses>> {
 
   // The listener's answer; no when there is no progress. The unit is the operation's own, a total
   // of 0 stands for unknown.
+  // NOLINTNEXTLINE(modernize-use-nodiscard): many an operation tells and does not ask
   bool update(uint64_t done, uint64_t total) const {
     return get() != nullptr && procs<Progresses>().Update(get(), done, total) != 0;
   }

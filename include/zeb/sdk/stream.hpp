@@ -167,18 +167,24 @@ class StreamBuffer : public std::streambuf {
 
   pos_type seekoff(off_type offset, std::ios_base::seekdir direction,
                    std::ios_base::openmode /*which*/) override {
-    if (sync() != 0) return pos_type(off_type(-1));
+    if (sync() != 0) return kFailed;
     const Origin origin = direction == std::ios_base::beg   ? Origin::beginning
                           : direction == std::ios_base::cur ? Origin::position
                                                             : Origin::end;
     const bool asksOnly = direction == std::ios_base::cur && offset == 0;
     if (!asksOnly) {
       Result<void> moved = stream_.trySeek(offset, origin);
-      if (!moved) return (void)fail(moved), pos_type(off_type(-1));
+      if (!moved) {
+        (void)fail(moved);
+        return kFailed;
+      }
     }
     Result<uint64_t> position = stream_.tryPosition();
-    if (!position) return (void)fail(position), pos_type(off_type(-1));
-    return pos_type(static_cast<off_type>(*position));
+    if (!position) {
+      (void)fail(position);
+      return kFailed;
+    }
+    return static_cast<off_type>(*position);
   }
 
   pos_type seekpos(pos_type position, std::ios_base::openmode which) override {
@@ -211,6 +217,7 @@ class StreamBuffer : public std::streambuf {
     return written.ok();
   }
 
+  static constexpr off_type kFailed = -1;
   static constexpr std::size_t kBufferSize = 4096;
   Stream stream_;
   Error lastError_;
