@@ -36,7 +36,7 @@ refused() {
   if cmake -S "$here/project" -B "$work/consumer" -G Ninja "$@" >"$work/log" 2>&1; then
     fail "the consumer was configured"
   fi
-  tr -s ' \n' '  ' <"$work/log" | grep -qF "$words" || { cat "$work/log"; fail "not said: $words"; }
+  tr -s ' \n' '  ' <"$work/log" | grep -F "$words" >/dev/null || { cat "$work/log"; fail "not said: $words"; }
 }
 
 # plain_c <folder of zeb.pc>: no CMake, only the C compiler and pkg-config.
@@ -55,7 +55,8 @@ plain_c() {
 # inspects_itself <prefix>: an installed zebinfo, if there is one, takes the library beside it.
 inspects_itself() {
   [[ -e $1/bin/zebinfo ]] || return 0
-  "$1/bin/zebinfo" --json | grep -F '"file": "' | grep -qF "$1/bin/../lib/libzeb.so.4" ||
+  "$1/bin/zebinfo" --json >"$work/inspection"
+  grep -F '"file": "' "$work/inspection" | grep -F "$1/bin/../lib/libzeb.so.4" >/dev/null ||
     fail "zebinfo does not find the library beside it"
 }
 
@@ -115,7 +116,7 @@ case $kind in
     for package in "${packages[@]}"; do
       dpkg-deb --extract "$work/$package$local_architecture.deb" "$work/unpacked"
     done
-    dpkg-deb --field "$work/libzeb4_4.0_$local_architecture.deb" Depends | grep -q libc6 ||
+    dpkg-deb --field "$work/libzeb4_4.0_$local_architecture.deb" Depends | grep libc6 >/dev/null ||
       fail "the package does not say what it needs"
     plain_c "$work/unpacked/usr/lib/pkgconfig"
     inspects_itself "$work/unpacked/usr"

@@ -369,8 +369,8 @@ TEST(ConcurrentTable, NeverShowsReadersAFreedNode) {
   const auto write = [&] {
     zeb_test::Random random(4);
     // A reader that lost its processor inside a section holds everything back until it has it
-    // again: go on until enough was freed beside readers.
-    for (int step = 0; step < 20000 || table.freedNodes() < kFreed; ++step) {
+    // again: go on until enough was freed beside readers, and until they have found something.
+    for (int step = 0; step < 20000 || table.freedNodes() < kFreed || found == 0; ++step) {
       Node*& node = present[random.below(kKeys)];
       const auto key = static_cast<uint64_t>(&node - present.data());
       if (node == nullptr) {

@@ -57,7 +57,7 @@ class Library {
     exports.stop = reinterpret_cast<ZEBTerminateFunction>(
         reinterpret_cast<void*>(GetProcAddress(module, "ZEBTerminate")));
 #else
-    void* module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+    void* module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (module == nullptr) throw StartFailure(reason());
     exports.start = reinterpret_cast<ZEBInitialize4Function>(dlsym(module, "ZEBInitialize4"));
     exports.stop = reinterpret_cast<ZEBTerminateFunction>(dlsym(module, "ZEBTerminate"));
