@@ -3,12 +3,29 @@
 #ifndef ZEB_TESTS_SDK_STARTED_H
 #define ZEB_TESTS_SDK_STARTED_H
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
+#include "contract/sanitizers.h"
 #include "zeb/sdk/library.hpp"
+
+// The library stays loaded after each test, as it does in a host. At the very end it is unloaded,
+// so that what the loader keeps for it is no leak; but not under a sanitizer, which names its
+// functions.
+class Unloading : public testing::Environment {
+ public:
+  void TearDown() override {
+    if (contract::kSanitized) return;
+    while (void* library = dlopen(ZEB_LIBRARY_PATH, RTLD_NOW | RTLD_NOLOAD)) {
+      dlclose(library);
+      dlclose(library);
+    }
+  }
+};
+inline testing::Environment* const unloading = testing::AddGlobalTestEnvironment(new Unloading);
 
 class Started : public testing::Test {
  protected:
