@@ -68,4 +68,8 @@ TEST_F(Publishing, LeavesAnotherPublisherAlone) {
   EXPECT_EQ(sdk::procs<Shouts>().Shout(4), nullptr);
 }
 
+TEST(UnattachedPublishing, IsRefusedWithAReason) {
+  EXPECT_THROW(sdk::Publication<Shouts> published(shouting()), sdk::MissingInterface);
+}
+
 }  // namespace

@@ -79,9 +79,11 @@ template <auto Function>
 template <Interface I>
 class Publication {
  public:
-  // Throws Failure when a name is taken already, and std::bad_alloc when memory is short; nothing
-  // is published then, and what was there under the name is as it was.
+  // Throws Failure when a name is taken already, std::bad_alloc when memory is short, and
+  // MissingInterface when this module is not attached; nothing is published then, and what was
+  // there under the name is as it was.
   explicit Publication(const typename I::Procs& published) {
+    (void)procs<Frame>();
     I::forEachProc(published, [](const ZEBProcRequest& request, auto /*proc*/) {
       if (lookUp()(I::kName, request.methodName, request.procName) == nullptr) return;
       const std::string message =
