@@ -46,10 +46,10 @@ ZEB_MODULE_EXPORT int32_t ZEBModuleStart(ZEBGetProcAddress find);
 /*
  * Stops the module: it unregisters its interfaces, ends its threads and gives back everything that
  * it holds of the library. Afterwards it may be started again, or its file unloaded once nothing
- * can call into it any more. Does nothing when the module does not run.
+ * can call into it any more.
  *
- * No exception leaves it. Called by one thread, while no other thread uses the module and while the
- * library still runs.
+ * No exception leaves it. Called once after each start that returned 1, by one thread, while no
+ * other thread uses the module and while the library still runs.
  */
 ZEB_MODULE_EXPORT void ZEBModuleStop(void);
 
