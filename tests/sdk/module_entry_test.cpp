@@ -3,7 +3,6 @@
 
 #include <gmock/gmock.h>
 
-#include "contract/library.h"
 #include "sdk/module_files.h"
 #include "sdk/modules/greeting.hpp"
 #include "sdk/started.h"
@@ -208,17 +207,19 @@ TEST_F(ModuleClass, StartsAgainWithTheLibrary) {
 // This program exports its symbols, the SDK's inline functions among them, and the loader prefers
 // them to those of a module that exports its own.
 TEST(ModuleOfAnExportingHost, KeepsApartFromItsHost) {
-  const contract::RunningLibrary zeb;
+  const sdk::SharedObject library(ZEB_LIBRARY_PATH, kUnload);
+  const ZEBGetProcAddress find =
+      library.find<ZEBInitializeFunction>("ZEBInitialize")(nullptr, nullptr, nullptr);
+  ASSERT_NE(find, nullptr);
   {
-    const sdk::LoadedModule module(moduleFile("exporting_greeter"), zeb.getProcAddress,
-                                   {.unload = kUnload});
+    const sdk::LoadedModule module(moduleFile("exporting_greeter"), find, {.unload = kUnload});
     EXPECT_EQ(sdk::lookUp(), nullptr) << "the host itself is not attached";
-    const auto greet =
-        reinterpret_cast<GreetProc>(zeb.getProcAddress("GreetingInterface", "Greet", "GreetProc"));
+    const auto greet = reinterpret_cast<GreetProc>(find("GreetingInterface", "Greet", "GreetProc"));
     ASSERT_NE(greet, nullptr);
     EXPECT_EQ(greet(), 1U);
   }
-  EXPECT_EQ(zeb.getProcAddress("GreetingInterface", "Greet", "GreetProc"), nullptr);
+  EXPECT_EQ(find("GreetingInterface", "Greet", "GreetProc"), nullptr);
+  library.find<ZEBTerminateFunction>("ZEBTerminate")();
 }
 
 }  // namespace
