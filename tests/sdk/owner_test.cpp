@@ -24,6 +24,14 @@ TEST_F(Owners, EqualTextsAreOneAtom) {
   EXPECT_EQ(once.text(), "hello");
 }
 
+TEST_F(Owners, AtomsAreMadeOfAnyText) {
+  const std::string_view line = "hello, world";
+  EXPECT_EQ(sdk::Atom(line.substr(0, 5)), sdk::Atom("hello"));
+  EXPECT_EQ(sdk::Atom(std::string(line)), sdk::Atom("hello, world"));
+  const char* nothing = nullptr;
+  EXPECT_EQ(sdk::Atom(nothing), sdk::Atom(""));
+}
+
 TEST_F(Owners, MovingAnOwnerHandsItsReferenceOn) {
   sdk::Atom first("hello");
   ZEBString* handle = first.get();

@@ -88,4 +88,80 @@ TEST_F(Sinks, SharedSinkLivesAsLongAsItsOwners) {
   EXPECT_EQ(arrived, "still here");
 }
 
+struct Encoder {
+  static void write(std::span<const std::byte> bytes, const sdk::Next& next) { next.write(bytes); }
+  static const char* postScriptFilter() noexcept { return "DCTDecode"; }
+  void imageParameters(uint32_t first, uint32_t second, uint32_t third) noexcept {
+    *told = std::to_string(first) + " " + std::to_string(second) + " " + std::to_string(third);
+  }
+  void compressionParameters(float value) noexcept { *told = std::to_string(value); }
+  std::string* told;
+};
+
+TEST_F(Sinks, JpegFilterIsToldItsParameters) {
+  std::string told;
+  const sdk::Sink encoder = sdk::Sink::jpegFilter(end, Encoder{&told});
+  encoder.setImageParameters(3, 2, 1);
+  EXPECT_EQ(told, "3 2 1");
+  encoder.setCompressionParameters(0.5F);
+  EXPECT_EQ(told, std::to_string(0.5F));
+  encoder.write(bytesOf("hello"));
+  EXPECT_EQ(arrived, "hello");
+}
+
+TEST_F(Sinks, FilterWithACounterpartNamesIt) {
+  std::string told;
+  EXPECT_STREQ(sdk::Sink::filter(end, Encoder{&told}).postScriptFilter(), "DCTDecode");
+  EXPECT_EQ(sdk::Sink::filter(end, Upper{}).postScriptFilter(), nullptr);
+}
+
+TEST_F(Sinks, OtherFiltersIgnoreParameters) {
+  const sdk::Sink upper = sdk::Sink::filter(end, Upper{});
+  upper.setImageParameters(3, 2, 1);
+  upper.setCompressionParameters(0.5F);
+  upper.write(bytesOf("hello"));
+  EXPECT_EQ(arrived, "HELLO");
+}
+
+TEST_F(Sinks, TargetIsOwnedOnItsOwn) {
+  sdk::Sink chain = sdk::Sink::filter(end, Upper{});
+  const sdk::Sink target = chain.target();
+  EXPECT_EQ(target.get(), end.get());
+  chain.reset();
+  end.reset();
+  target.write(bytesOf("hello"));
+  EXPECT_EQ(arrived, "hello");
+  EXPECT_FALSE(target.target());
+}
+
+TEST_F(Sinks, ChainEndsWhereItDidWhenItsEndGoes) {
+  std::string elsewhere;
+  const sdk::Sink chain = sdk::Sink::filter(end, Upper{});
+  {
+    const sdk::ChainEnd before(chain);
+    chain.append(sdk::Sink::to([&](std::span<const std::byte> bytes) {
+      for (std::byte b : bytes) elsewhere += static_cast<char>(b);
+    }));
+    chain.write(bytesOf("there"));
+  }
+  chain.write(bytesOf("here"));
+  EXPECT_EQ(elsewhere, "THERE");
+  EXPECT_EQ(arrived, "HERE");
+}
+
+TEST_F(Sinks, MovedChainEndRestoresOnce) {
+  const sdk::Sink chain = sdk::Sink::filter(end, Upper{});
+  sdk::ChainEnd before(chain);
+  sdk::ChainEnd moved = std::move(before);
+  chain.append(sdk::Sink::null());
+  before.restore();  // NOLINT(bugprone-use-after-move): that is the point
+  chain.write(bytesOf("nowhere"));
+  moved.restore();
+  moved.restore();
+  chain.write(bytesOf("here"));
+  EXPECT_EQ(arrived, "HERE");
+}
+
+TEST_F(Sinks, PlainSinkHasNoChainEnd) { EXPECT_THROW(sdk::ChainEnd{end}, sdk::Failure); }
+
 }  // namespace

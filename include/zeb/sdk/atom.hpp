@@ -2,6 +2,7 @@
 #ifndef ZEB_SDK_ATOM_HPP
 #define ZEB_SDK_ATOM_HPP
 
+#include <string>
 #include <string_view>
 
 #include "zeb/sdk/error.hpp"
@@ -12,11 +13,15 @@ class Atom : public Owner<detail::AtomCounting> {
  public:
   using Base = Owner<detail::AtomCounting>;
 
+  // No atom, which is not the atom of the empty text.
   Atom() noexcept = default;
-  // Throws std::bad_alloc when memory is short.
+  // The atom of a text. Throws std::bad_alloc when memory is short.
   explicit Atom(const char* text) : Base(adopt(procs<Strings>().NewStringAtom(text))) {
-    if (text != nullptr && get() == nullptr) throw std::bad_alloc();
+    if (get() == nullptr) throw std::bad_alloc();
   }
+  // The same; an atom ends at the text's first zero.
+  explicit Atom(const std::string& text) : Atom(text.c_str()) {}
+  explicit Atom(std::string_view text) : Atom(std::string(text)) {}
   // Takes a reference over.
   explicit Atom(ZEBString* owned) noexcept : Base(adopt(owned)) {}
 

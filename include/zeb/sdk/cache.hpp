@@ -6,85 +6,60 @@
 //
 // The result is made when nobody has made it yet, or when it was evicted since; the time that takes
 // is its cost, by which the library decides what to evict first. While a Pinned lives, its result
-// stays.
+// stays. One result that belongs to one object is a CachedValue (cache_id.hpp).
 #ifndef ZEB_SDK_CACHE_HPP
 #define ZEB_SDK_CACHE_HPP
 
-#include <concepts>
 #include <functional>
 #include <memory>
+#include <new>
 #include <type_traits>
 
-#include "zeb/sdk/error.hpp"
+#include "zeb/sdk/cache_id.hpp"
 
 namespace zeb::sdk {
 
-// What a maker returns: the value and its size, in the unit of the cache's total (bytes, usually).
-template <class Value>
-struct CachedResult {
-  Value value;
-  uint64_t size;
-};
-template <class Value>
-CachedResult(Value, uint64_t) -> CachedResult<Value>;
+namespace detail {
 
-// A cached value that cannot be evicted as long as this object lives.
-template <class Value>
-class Pinned {
- public:
-  Pinned(Pinned&& other) noexcept
-      : id_(std::exchange(other.id_, nullptr)), value_(std::exchange(other.value_, nullptr)) {}
-  Pinned& operator=(Pinned&& other) noexcept {
-    std::swap(id_, other.id_);
-    std::swap(value_, other.value_);
-    return *this;
+struct CacheSetCounting {
+  using Handle = ZEBCacheSet;
+  static void addReference(Handle* handle) { sdk::procs<Cache>().AddRefCacheSet(handle); }
+  static void release(Handle* handle) noexcept {
+    if (const auto* cache = tryProcs<Cache>()) cache->DeleteCacheSet(handle);
   }
-  Pinned(const Pinned&) = delete;
-  Pinned& operator=(const Pinned&) = delete;
-  ~Pinned() {
-    const auto* cache = tryProcs<Cache>();
-    if (id_ != nullptr && cache != nullptr) cache->MarkPurge(id_);
-  }
-
-  [[nodiscard]] const Value& operator*() const noexcept { return *value_; }
-  [[nodiscard]] const Value* operator->() const noexcept { return value_; }
-
- private:
-  template <class, class, class>
-  friend class CacheSet;
-  Pinned(ZEBCacheID* id, const Value* value) noexcept : id_(id), value_(value) {}
-
-  ZEBCacheID* id_;  // pinned; the pin holds a reference
-  const Value* value_;
 };
+
+}  // namespace detail
 
 // Results of one kind under keys. Any thread may call anything; makers run without a lock, and when
-// two threads make the same result at once, the first one's is kept by both.
+// two threads make the same result at once, the first one's is kept by both. After a move only the
+// new set may be used. What is pinned lives on when its set goes, until its Pinned ends.
 template <class Key, class Value, class Less = std::less<Key>>
-class CacheSet {
+class CacheSet : private Owner<detail::CacheSetCounting> {
  public:
+  // The owner that this is.
+  using Base = Owner<detail::CacheSetCounting>;
+
   static_assert(std::is_empty_v<Less> && std::is_default_constructible_v<Less>,
                 "the order is called by a C procedure, which has no room for an object");
 
-  CacheSet() : set_(procs<Cache>().NewCacheSet(&isBefore)) {
-    if (set_ == nullptr) throw std::bad_alloc();
-    procs<Cache>().AddRefCacheSet(set_);
+  // An empty set. Throws std::bad_alloc.
+  CacheSet() : Base(Base::share(procs<Cache>().NewCacheSet(&isBefore))) {
+    if (get() == nullptr) throw std::bad_alloc();
   }
-  CacheSet(const CacheSet&) = delete;
-  CacheSet& operator=(const CacheSet&) = delete;
-  // What is pinned still lives on until its Pinned ends.
-  ~CacheSet() {
-    if (const auto* cache = tryProcs<Cache>()) cache->DeleteCacheSet(set_);
-  }
+
+  // For calls of procs.
+  using Base::get;
+  // A second owner of the same set.
+  [[nodiscard]] CacheSet share() const { return CacheSet(Base::share()); }
 
   // The result under the key; `make()` makes it when it is not there. What the maker throws passes
   // through, and nothing is kept then. Throws std::bad_alloc.
-  template <class Make>
-  requires std::convertible_to<std::invoke_result_t<Make&>, CachedResult<Value>>
+  template <CacheMaker<Value> Make>
   [[nodiscard]] Pinned<Value> get(const Key& key, Make make) {
     const auto& cache = procs<Cache>();
     for (;;) {
-      ZEBCacheID* id = cache.SearchForID(set_, keyOf(key), ZEB_CACHE_FIND_EQUAL);
+      ZEBCacheID* id = cache.SearchForID(get(), keyOf(key), ZEB_CACHE_FIND_EQUAL);
       if (id == nullptr) throw std::bad_alloc();
       uint64_t begin = 0;
       void* data = cache.MarkNoPurge(id, &begin, 1);
@@ -97,7 +72,7 @@ class CacheSet {
       // The reference that this call may exchange for one to somebody else's result.
       cache.AddRef(id);
       ZEBCacheID* filed = id;
-      data = cache.Attach(&filed, &entry->key, set_, size, &deleteEntry, &begin);
+      data = cache.Attach(&filed, &entry->key, get(), size, &deleteEntry, &begin);
       if (data == &entry->key) {
         pinned.value_ = &entry.release()->value;
         cache.Release(filed);
@@ -118,7 +93,7 @@ class CacheSet {
   // The result under the key, or nothing when there is none. For looking without making.
   [[nodiscard]] bool contains(const Key& key) {
     const auto& cache = procs<Cache>();
-    ZEBCacheID* id = cache.SearchForID(set_, keyOf(key), ZEB_CACHE_FIND_EQUAL);
+    ZEBCacheID* id = cache.SearchForID(get(), keyOf(key), ZEB_CACHE_FIND_EQUAL);
     if (id == nullptr) return false;
     uint32_t size = 0;
     int64_t cost = 0;
@@ -129,9 +104,11 @@ class CacheSet {
   }
 
   // Forgets the result under the key; one that is pinned lives on until its Pinned ends.
-  void remove(const Key& key) { procs<Cache>().RemoveID(set_, keyOf(key), ZEB_CACHE_FIND_EQUAL); }
+  void remove(const Key& key) { procs<Cache>().RemoveID(get(), keyOf(key), ZEB_CACHE_FIND_EQUAL); }
 
  private:
+  explicit CacheSet(Base base) noexcept : Base(std::move(base)) {}
+
   // The key leads: the library knows an entry by the address of its key.
   struct Entry {
     Key key;
@@ -161,8 +138,6 @@ class CacheSet {
   static void deleteEntry(void* key, int32_t /*survives*/) noexcept {
     delete static_cast<Entry*>(key);
   }
-
-  ZEBCacheSet* set_;
 };
 
 }  // namespace zeb::sdk

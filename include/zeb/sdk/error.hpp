@@ -7,6 +7,7 @@
 
 #include <exception>
 #include <new>
+#include <string>
 #include <string_view>
 #include <variant>
 
@@ -26,6 +27,9 @@ class Error : public Owner<detail::Counted<ZEBErrorObject, Errors>> {
   // A new error; the host's error-report procedure is told.
   [[nodiscard]] static Error make(const char* message, const char* component, int32_t id) {
     return Error(procs<Errors>().NewError(message, component, id, nullptr, nullptr));
+  }
+  [[nodiscard]] static Error make(const std::string& message, const char* component, int32_t id) {
+    return make(message.c_str(), component, id);
   }
 
   [[nodiscard]] Error share() const { return Error(Base::share().handOver()); }

@@ -16,6 +16,9 @@
 //
 // No exception leaves either function. What the construction throws ends the start, and the host's
 // error-report procedure and this module's log (setLog in binding.hpp) are told its text.
+//
+// Both are visible in a file that is compiled with hidden visibility, as a module best is: a host
+// that exports its symbols would lend the module its own copies of inline functions otherwise.
 #ifndef ZEB_SDK_MODULE_ENTRY_HPP
 #define ZEB_SDK_MODULE_ENTRY_HPP
 

@@ -9,7 +9,14 @@
 //   struct Rot13 {
 //     void write(std::span<const std::byte> bytes, const Next& next) { ... next.write(turned); }
 //     void close(const Next& next);  // optional: writes out what is still held
+//     const char* postScriptFilter() const noexcept;  // optional: the PostScript counterpart's
+//     name
 //   };
+//
+// and one that encodes pictures is told about them:
+//
+//     void imageParameters(uint32_t first, uint32_t second, uint32_t third) noexcept;
+//     void compressionParameters(float value) noexcept;
 //
 // A chain is one thread's at a time.
 #ifndef ZEB_SDK_SINK_HPP
@@ -86,14 +93,25 @@ class Sink : public Owner<detail::SinkCounting> {
   // A filter before the target, whose work the object does.
   template <class Filter>
   [[nodiscard]] static Sink filter(const Sink& target, Filter filter) {
-    using Working = Working<Filter>;
-    auto kept = std::make_unique<Working>(Working{std::move(filter)});
-    Working* working = kept.get();
-    ZEBDataSink* made = nullptr;
-    check(procs<Filters>().NewClientFilter(&made, target.get(), kept.release(), &work<Filter>,
-                                           &close<Filter>, nullptr, &end<Working>));
-    working->self = made;
-    return Sink(made);
+    return working(std::move(filter), [&](ZEBDataSink** out, Working<Filter>* client) {
+      return procs<Filters>().NewClientFilter(out, target.get(), client, &work<Filter>,
+                                              &close<Filter>, postScriptOf<Filter>(),
+                                              &end<Working<Filter>>);
+    });
+  }
+
+  // The same, for a filter that takes image and compression parameters.
+  template <class Filter>
+  requires requires(Filter& filter) {
+    filter.imageParameters(0U, 0U, 0U);
+    filter.compressionParameters(0.0F);
+  }
+  [[nodiscard]] static Sink jpegFilter(const Sink& target, Filter filter) {
+    return working(std::move(filter), [&](ZEBDataSink** out, Working<Filter>* client) {
+      return procs<Filters>().NewFilterJPEG(
+          out, target.get(), client, &work<Filter>, &close<Filter>, postScriptOf<Filter>(),
+          &end<Working<Filter>>, &setImageParameters<Filter>, &setCompressionParameters<Filter>);
+    });
   }
 
   [[nodiscard]] Sink share() const {
@@ -114,6 +132,22 @@ class Sink : public Owner<detail::SinkCounting> {
 
   [[nodiscard]] bool isFilter() const { return procs<Filters>().IsFilter(get()) != 0; }
 
+  // What the chain writes into next, with a reference of its own; none at the end of the chain.
+  [[nodiscard]] Sink target() const { return Sink(procs<Filters>().PeekTarget(get())); }
+
+  // The name of the filter's PostScript counterpart, the filter's own text; null when it has none.
+  [[nodiscard]] const char* postScriptFilter() const {
+    return procs<Filters>().GetPostScriptFilter(get());
+  }
+
+  // Told to a filter that jpegFilter has made; any other ignores them.
+  void setImageParameters(uint32_t first, uint32_t second, uint32_t third) const {
+    procs<Filters>().SetImageParameters(get(), first, second, third);
+  }
+  void setCompressionParameters(float value) const {
+    procs<Filters>().SetCompressionParameters(get(), value);
+  }
+
  private:
   template <class Filter>
   struct Working {
@@ -123,6 +157,39 @@ class Sink : public Owner<detail::SinkCounting> {
 
   // A new member belongs to nobody until its first reference.
   explicit Sink(ZEBDataSink* fresh) { *out() = Base::share(fresh).handOver(); }
+
+  // A filter whose work the object does; `make(out, client)` makes it and consumes the client.
+  template <class Filter, class Make>
+  static Sink working(Filter filter, Make make) {
+    auto kept = std::make_unique<Working<Filter>>(Working<Filter>{std::move(filter)});
+    Working<Filter>* client = kept.get();
+    ZEBDataSink* made = nullptr;
+    check(make(&made, kept.release()));
+    client->self = made;
+    return Sink(made);
+  }
+
+  template <class Filter>
+  static constexpr ZEBFilterClientPostScript postScriptOf() {
+    if constexpr (requires(Filter & filter) { filter.postScriptFilter(); }) {
+      return [](void* working) noexcept -> const char* {
+        return static_cast<Working<Filter>*>(working)->filter.postScriptFilter();
+      };
+    } else {
+      return nullptr;
+    }
+  }
+
+  template <class Filter>
+  static void setImageParameters(void* working, uint32_t first, uint32_t second,
+                                 uint32_t third) noexcept {
+    static_cast<Working<Filter>*>(working)->filter.imageParameters(first, second, third);
+  }
+
+  template <class Filter>
+  static void setCompressionParameters(void* working, float value) noexcept {
+    static_cast<Working<Filter>*>(working)->filter.compressionParameters(value);
+  }
 
   template <class Consumer>
   static ZEBErrorObject* consume(void* consumer, const void* data, uint64_t size) {
@@ -161,6 +228,38 @@ class Sink : public Owner<detail::SinkCounting> {
   static void end(void* object) {
     delete static_cast<T*>(object);
   }
+};
+
+// Where a chain of filters ends. When this object goes, the chain ends there again, whatever was
+// appended meanwhile. It holds references to the chain's last filter and to what follows it.
+class ChainEnd {
+ public:
+  // Remembers the end of the filter's chain. Throws Failure.
+  explicit ChainEnd(const Sink& filter) {
+    check(procs<Filters>().GetChainState(&state_, filter.get()));
+  }
+  // Leaves the other one with nothing to restore.
+  ChainEnd(ChainEnd&& other) noexcept : state_(std::exchange(other.state_, nullptr)) {}
+  // Restores the end that was remembered before.
+  ChainEnd& operator=(ChainEnd&& other) noexcept {
+    ChainEnd taken(std::move(other));
+    std::swap(state_, taken.state_);
+    return *this;
+  }
+  ChainEnd(const ChainEnd&) = delete;
+  ChainEnd& operator=(const ChainEnd&) = delete;
+  ~ChainEnd() { restore(); }
+
+  // Restores the end before this object goes.
+  void restore() noexcept {
+    ZEBChainState* state = std::exchange(state_, nullptr);
+    if (state == nullptr) return;
+    // It fails for null only.
+    if (const auto* filters = tryProcs<Filters>()) Error(filters->ResetChainState(state)).reset();
+  }
+
+ private:
+  ZEBChainState* state_ = nullptr;
 };
 
 }  // namespace zeb::sdk

@@ -8,6 +8,7 @@
 #include <istream>
 #include <span>
 #include <streambuf>
+#include <string>
 
 #include "zeb/positionable_stream.h"
 #include "zeb/rewindable_stream.h"
@@ -47,6 +48,9 @@ class Stream : public Owner<detail::Counted<ZEBContainer, Containers>> {
       return procs<StreamFactory>().NewPositionableFileStream(out, path, mode);
     });
   }
+  [[nodiscard]] static Result<Stream> tryFile(const std::string& path, const char* mode) {
+    return tryFile(path.c_str(), mode);
+  }
   [[nodiscard]] static Result<Stream> tryBuffer(const SharedBuffer& buffer) {
     return made([&](ZEBContainer** out) {
       return procs<StreamFactory>().NewPositionableBufferStream(out, buffer.get());
@@ -58,6 +62,9 @@ class Stream : public Owner<detail::Counted<ZEBContainer, Containers>> {
   // `mode` as for fopen.
   [[nodiscard]] static Stream file(const char* path, const char* mode) {
     return tryFile(path, mode).value();
+  }
+  [[nodiscard]] static Stream file(const std::string& path, const char* mode) {
+    return file(path.c_str(), mode);
   }
   // Of fixed size, over the buffer's own bytes.
   [[nodiscard]] static Stream buffer(const SharedBuffer& buffer) {

@@ -1,0 +1,121 @@
+// What is registered and alive in the process, and why a look-up finds what it finds.
+//
+//   for (const ZEBInspectedProc& proc : registeredProcs().records()) ...
+//   log(explainLookUp("ZEBStringInterface", "AddRef", "ZEBAddRefProc").text());
+//
+// Everything here throws MissingInterface where the library has no inspection, and std::bad_alloc.
+#ifndef ZEB_SDK_INSPECTION_HPP
+#define ZEB_SDK_INSPECTION_HPP
+
+#include <new>
+#include <span>
+#include <string_view>
+#include <utility>
+
+#include "zeb/inspect.h"
+#include "zeb/sdk/binding.hpp"
+
+namespace zeb::sdk {
+
+ZEB_SDK_OWN(Inspection, ZEB_INSPECT, ZEBInspectProcs);
+
+// An answer of the inspection: an array of records, or a single one, with the texts they point to.
+template <class Record>
+class Inspected {
+ public:
+  // Owns what the inspection has answered.
+  Inspected(Record* answered, uint32_t count) noexcept : records_(answered), count_(count) {}
+  // Leaves the other one without records.
+  Inspected(Inspected&& other) noexcept
+      : records_(std::exchange(other.records_, nullptr)), count_(std::exchange(other.count_, 0)) {}
+  // Gives back what was owned before.
+  Inspected& operator=(Inspected&& other) noexcept {
+    Inspected taken(std::move(other));
+    std::swap(records_, taken.records_);
+    std::swap(count_, taken.count_);
+    return *this;
+  }
+  Inspected(const Inspected&) = delete;
+  Inspected& operator=(const Inspected&) = delete;
+  ~Inspected() {
+    if (records_ == nullptr) return;
+    if (const auto* inspection = tryProcs<Inspection>()) inspection->DeleteSnapshot(records_);
+  }
+
+  // They and their texts live as long as this object.
+  [[nodiscard]] std::span<const Record> records() const noexcept { return {records_, count_}; }
+
+ private:
+  Record* records_;
+  uint32_t count_;
+};
+
+namespace detail {
+
+template <class Record>
+Inspected<Record> inspected(Record* answered, uint32_t count) {
+  if (answered == nullptr) throw std::bad_alloc();
+  return Inspected<Record>(answered, count);
+}
+
+}  // namespace detail
+
+// Every proc of the registry, sorted by its three names.
+[[nodiscard]] inline Inspected<ZEBInspectedProc> registeredProcs() {
+  uint32_t count = 0;
+  ZEBInspectedProc* procs = sdk::procs<Inspection>().NewProcSnapshot(&count);
+  return detail::inspected(procs, count);
+}
+
+// Every live atom, sorted by its text.
+[[nodiscard]] inline Inspected<ZEBInspectedAtom> liveAtoms() {
+  uint32_t count = 0;
+  ZEBInspectedAtom* atoms = procs<Inspection>().NewAtomSnapshot(&count);
+  return detail::inspected(atoms, count);
+}
+
+// How many objects of each kind live.
+[[nodiscard]] inline Inspected<ZEBInspectedKind> liveObjects() {
+  uint32_t count = 0;
+  ZEBInspectedKind* kinds = procs<Inspection>().NewObjectSnapshot(&count);
+  return detail::inspected(kinds, count);
+}
+
+// Why a look-up of three names finds what it finds.
+class LookUpExplanation {
+ public:
+  // Owns the explanation.
+  explicit LookUpExplanation(Inspected<ZEBLookupExplanation> owned) noexcept
+      : explanation_(std::move(owned)) {}
+
+  // As a sentence in English.
+  [[nodiscard]] std::string_view text() const noexcept { return get().text; }
+  // Whether there is a function.
+  [[nodiscard]] bool found() const noexcept { return get().outcome == ZEB_LOOKUP_FOUND; }
+  // The proc names of the method, sorted; one of them may be null, for the null name.
+  [[nodiscard]] std::span<const char* const> versions() const noexcept {
+    return {get().versions, get().versionCount};
+  }
+  // Names that resemble the first of the three that is not there, the nearest first.
+  [[nodiscard]] std::span<const char* const> nearest() const noexcept {
+    return {get().nearest, get().nearestCount};
+  }
+  // All that is known.
+  [[nodiscard]] const ZEBLookupExplanation& get() const noexcept {
+    return explanation_.records().front();
+  }
+
+ private:
+  Inspected<ZEBLookupExplanation> explanation_;
+};
+
+// Explains a look-up at this moment; it interns nothing and counts no event.
+[[nodiscard]] inline LookUpExplanation explainLookUp(const char* interfaceName,
+                                                     const char* methodName, const char* procName) {
+  return LookUpExplanation(detail::inspected(
+      procs<Inspection>().NewLookupExplanation(interfaceName, methodName, procName), 1));
+}
+
+}  // namespace zeb::sdk
+
+#endif
