@@ -153,9 +153,13 @@ TEST_F(ModuleClass, SaysWhichInterfaceItMissesAndLogsItOnce) {
 
 TEST_F(ModuleClass, RefusesWhatIsNoLibrary) {
   const sdk::SharedObject file(moduleFile("greeter"), kUnload);
+  file.find<void (*)(sdk::Log)>("setModuleLog")(&keepLogged);
   const auto start = file.find<ZEBModuleStartFunction>(ZEB_MODULE_START);
   EXPECT_EQ(start(nullptr), 0);
   EXPECT_EQ(start([](const char*, const char*, const char*) -> ZEBProc { return nullptr; }), 0);
+  EXPECT_THAT(logged, ElementsAre(testing::StartsWith("the library cannot be reached"),
+                                  testing::StartsWith("the library cannot be reached")));
+  file.find<void (*)(sdk::Log)>("setModuleLog")(nullptr);
 }
 
 TEST_F(ModuleClass, IgnoresAStopWithoutAStart) {

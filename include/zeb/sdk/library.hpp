@@ -25,6 +25,8 @@ struct StartOptions {
   ZEBObjRealloc objRealloc = nullptr;
   ZEBObjFree objFree = nullptr;
   ZEBObjSize objSize = nullptr;
+  // Told what the library and the modules report, through a procedure of Library's own, which is
+  // what "ZEBReportError" then names.
   ZEBErrorReport errorReport = nullptr;
   ZEBPurgeRequest purgeRequest = nullptr;
   uint32_t flags = ZEB_FLAG_MULTI_THREADED;

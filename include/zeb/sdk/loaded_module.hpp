@@ -5,7 +5,8 @@
 //   const LoadedModule greeter("./greeter.so", library.find());
 //
 // The module exports the two functions of module_entry.h. Modules that need each other are started
-// in the order of their need, and stopped in the reverse order, as scopes end.
+// in the order of their need, and stopped in the reverse order, as scopes end. A container may end
+// its elements in another order: take them out from the back.
 #ifndef ZEB_SDK_LOADED_MODULE_HPP
 #define ZEB_SDK_LOADED_MODULE_HPP
 
@@ -34,7 +35,7 @@ struct ModuleOptions {
 // A module that does not run. what() names the file and says why.
 class ModuleFailure : public std::runtime_error {
  public:
-  // What went wrong.
+  // What can go wrong.
   enum class Kind : uint8_t {
     notLoaded,  // the file is missing, is no shared object, or needs what is missing
     noModule,   // it does not export the two functions
@@ -45,6 +46,7 @@ class ModuleFailure : public std::runtime_error {
   ModuleFailure(const std::string& path, Kind kind, const std::string& reason)
       : std::runtime_error(path + ": " + reason), kind_(kind), reason_(reason) {}
 
+  // What went wrong.
   [[nodiscard]] Kind kind() const noexcept { return kind_; }
   // Why, without the file.
   [[nodiscard]] const std::string& reason() const noexcept { return reason_; }

@@ -25,6 +25,7 @@
 #include <cstddef>
 #include <exception>
 #include <new>
+#include <stdexcept>
 #include <type_traits>
 
 #include "zeb/sdk/binding.hpp"
@@ -60,7 +61,7 @@ ZEB_SDK_MODULE_LOCAL inline void tellRefusal(ZEBGetProcAddress find, const char*
   }
 }
 
-// Does `work(find)`; false when it throws, after the reason was told.
+// Does `work()`; false when it throws, after the reason was told.
 template <class Work>
 ZEB_SDK_MODULE_LOCAL bool succeeds(ZEBGetProcAddress find, Work work) noexcept {
   try {
@@ -87,7 +88,7 @@ class ZEB_SDK_MODULE_LOCAL ModuleEntry {
       return 0;
     }
     if (!succeeds(find, [find] { connect(find); })) return 0;
-    isMade_ = succeeds(find, [this] { new (&room_) Class(); });
+    isMade_ = succeeds(find, [this] { ::new (static_cast<void*>(&room_)) Class(); });
     if (!isMade_) stopClient();
     return isMade_ ? 1 : 0;
   }
