@@ -75,7 +75,7 @@ FUNDAMENTAL = {
 
 
 def type_text(description, c_type):
-    """A type as zeb::sdk::signatureOf writes it: from the outside in, names of structs as they are."""
+    """A type as zeb::sdk::signatureOf writes it: structs by their names."""
     c_type = c_type.strip()
     if "(*)" in c_type:
         result, arguments = c_type.split("(*)")

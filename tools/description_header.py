@@ -39,7 +39,7 @@ def braced(*parts):
 
 
 def array(c_type, name, rows):
-    """The array of these rows. Each module has one of its own: another's may be of another version."""
+    """The array of these rows; each module has one of its own, for modules differ in versions."""
     yield f"ZEB_SDK_MODULE_LOCAL inline constexpr {c_type} {name}[] = {{"
     for row in rows:
         yield f"    {row},"
@@ -85,7 +85,7 @@ class Tables:
             enumerator("NullRule", parameter.get("null", "no-pointer")),
             enumerator("Ownership", parameter.get("ownership", "none")),
             enumerator("OnFailure", parameter.get("onFailure", "unsaid")),
-            self.handle(parameter)]
+            self.handle({"handle": parameter["addedAs"]} if "addedAs" in parameter else parameter)]
         if "endedBy" in parameter:
             parts.append(text(parameter["endedBy"]))
         return braced(*parts)

@@ -293,9 +293,9 @@ def index_page(description):
                f"| {len(interface['procs'])} | {interface['title']} |")
     yield ""
     yield ("[exports.md](exports.md) has the exported functions, [types.md](types.md) the handles, "
-           "structs and constants. Programs find the same in `share/zeb/zeb.json`, and C++ programs "
-           "the interfaces and the exports as tables in `zeb/sdk/description.hpp`, which zebinfo "
-           "prints with `--describe`.")
+           "structs and constants. Programs find the same in `share/zeb/zeb.json`, and those in C++ "
+           "the interfaces and exports as tables in `zeb/sdk/description.hpp`; "
+           "`zebinfo --describe` prints them.")
     yield ""
     yield "## Threads"
     yield ""

@@ -178,26 +178,6 @@ def table_agreement(description):
     yield "}  // namespace"
 
 
-# ---- The names.
-
-
-def described_procs(description):
-    yield NOTICE
-    yield '#include "description/described_procs.h"'
-    yield ""
-    yield "namespace description {"
-    yield ""
-    yield "constexpr DescribedProc kProcs[] = {"
-    for interface, proc in description.procs():
-        names = ", ".join(map(text, (interface["name"], proc["method"], proc["proc"])))
-        yield f"    {{{names}, {'true' if proc['table'] == 'older' else 'false'}}},"
-    yield "};"
-    yield ""
-    yield "std::span<const DescribedProc> describedProcs() { return kProcs; }"
-    yield ""
-    yield "}  // namespace description"
-
-
 # ---- The sweeps: one function for each call.
 
 
@@ -385,7 +365,6 @@ def test_tables(description):
     """The text of each table, by file name."""
     tables = {
         "header_agreement.cpp": header_agreement(description),
-        "described_procs.cpp": described_procs(description),
         "sweep_cases.cpp": sweep_cases(description),
         "table_agreement.cpp": table_agreement(description),
     }

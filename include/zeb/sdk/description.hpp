@@ -6,10 +6,11 @@
 //
 // The tables say what this version of the headers says, whatever library is running; nothing here
 // needs one. They are made of share/zeb/zeb.json and lie in read-only memory, so that everything
-// handed out stays valid for ever and may be read by any thread. Nothing allocates or fails.
+// handed out stays valid for ever and may be read by any thread. Texts that are not empty end with
+// a zero, as a look-up wants them. Nothing allocates or fails.
 //
 // What a person wants to read is left to the reference pages: the remarks about single parameters,
-// and what stands behind the first sentence about a proc.
+// the rules that tie two of them together, and what stands behind the first sentence about a proc.
 #ifndef ZEB_SDK_DESCRIPTION_HPP
 #define ZEB_SDK_DESCRIPTION_HPP
 

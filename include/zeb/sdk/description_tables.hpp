@@ -385,7 +385,7 @@ ZEB_SDK_MODULE_LOCAL inline constexpr Parameter kParametersOf_ZEBCacheInterface_
     {"cacheTime", "uint32_t *", Direction::out, NullRule::answersEmpty, Ownership::none, OnFailure::untouched, nullptr},
 };
 ZEB_SDK_MODULE_LOCAL inline constexpr Parameter kParametersOf_ZEBCacheInterface_MarkNoPurge[] = {
-    {"id", "ZEBCacheID *", Direction::in, NullRule::answersEmpty, Ownership::added, OnFailure::unsaid, &kHandles[4]},
+    {"id", "ZEBCacheID *", Direction::in, NullRule::answersEmpty, Ownership::added, OnFailure::unsaid, &kHandles[16]},
     {"stamp", "uint64_t *", Direction::out, NullRule::allowed, Ownership::none, OnFailure::unsaid, nullptr},
     {"touch", "int32_t", Direction::in, NullRule::noPointer, Ownership::none, OnFailure::unsaid, nullptr},
 };
@@ -437,7 +437,7 @@ ZEB_SDK_MODULE_LOCAL inline constexpr Parameter kParametersOf_ZEBCacheInterface_
     {"select", "ZEBCacheSelect", Direction::in, NullRule::answersEmpty, Ownership::borrowed, OnFailure::unsaid, nullptr},
 };
 ZEB_SDK_MODULE_LOCAL inline constexpr Parameter kParametersOf_ZEBCacheInterface_MarkNoPurgeV1[] = {
-    {"id", "ZEBCacheID *", Direction::in, NullRule::answersEmpty, Ownership::added, OnFailure::unsaid, &kHandles[4]},
+    {"id", "ZEBCacheID *", Direction::in, NullRule::answersEmpty, Ownership::added, OnFailure::unsaid, &kHandles[16]},
     {"stamp", "uint64_t *", Direction::out, NullRule::allowed, Ownership::none, OnFailure::unsaid, nullptr},
 };
 ZEB_SDK_MODULE_LOCAL inline constexpr Parameter kParametersOf_ZEBCacheInterface_AddClientPurgeV1[] = {
