@@ -36,8 +36,8 @@ namespace detail {
 // The tables are short and few look-ups are made: going through them in the order in which they are
 // registered is as good as a second order to search by.
 template <class Element>
-constexpr const Element* findNamed(std::span<const Element> elements,
-                                   std::string_view name) noexcept {
+ZEB_SDK_MODULE_LOCAL constexpr const Element* findNamed(std::span<const Element> elements,
+                                                        std::string_view name) noexcept {
   for (const Element& element : elements) {
     if (element.name == name) return &element;
   }
@@ -46,7 +46,8 @@ constexpr const Element* findNamed(std::span<const Element> elements,
 
 }  // namespace detail
 
-// Each of these answers null for what is not described.
+// Each of these answers null for what is not described. None compares an address of the tables with
+// null, which is no constant expression for g++ under its undefined-behaviour sanitizer.
 ZEB_SDK_MODULE_LOCAL constexpr const Interface* findInterface(std::string_view name) noexcept {
   return detail::findNamed(interfaces(), name);
 }
@@ -67,46 +68,50 @@ ZEB_SDK_MODULE_LOCAL constexpr const Proc* findProc(const Interface& holder,
 ZEB_SDK_MODULE_LOCAL constexpr const Proc* findProc(std::string_view interfaceName,
                                                     std::string_view method,
                                                     std::string_view name) noexcept {
-  const Interface* holder = findInterface(interfaceName);
-  return holder != nullptr ? findProc(*holder, method, name) : nullptr;
+  for (const Interface& holder : interfaces()) {
+    if (holder.name == interfaceName) return findProc(holder, method, name);
+  }
+  return nullptr;
 }
 
 // The proc of the method that a new program wants.
 ZEB_SDK_MODULE_LOCAL constexpr const Proc* findNewest(const Interface& holder,
                                                       std::string_view method) noexcept {
   const Proc* newest = nullptr;
+  unsigned version = 0;
   for (const Proc& proc : holder.procs) {
-    if (proc.method != method) continue;
-    if (newest == nullptr || newest->version < proc.version) newest = &proc;
+    if (proc.method != method || proc.version <= version) continue;
+    newest = &proc;
+    version = proc.version;
   }
   return newest;
 }
 
 // The words that share/zeb/zeb.json has for these; empty where it says nothing.
-constexpr std::string_view wordOf(Direction direction) noexcept {
+ZEB_SDK_MODULE_LOCAL constexpr std::string_view wordOf(Direction direction) noexcept {
   constexpr auto words = std::to_array<std::string_view>({"in", "out", "inout"});
   return words[static_cast<std::size_t>(direction)];
 }
-constexpr std::string_view wordOf(NullRule rule) noexcept {
+ZEB_SDK_MODULE_LOCAL constexpr std::string_view wordOf(NullRule rule) noexcept {
   constexpr auto words =
       std::to_array<std::string_view>({"", "allowed", "answers-error", "answers-empty", "fails"});
   return words[static_cast<std::size_t>(rule)];
 }
-constexpr std::string_view wordOf(Ownership ownership) noexcept {
+ZEB_SDK_MODULE_LOCAL constexpr std::string_view wordOf(Ownership ownership) noexcept {
   constexpr auto words = std::to_array<std::string_view>(
       {"none", "borrowed", "reference", "unreferenced", "copied", "filled", "shared", "kept",
        "consumed", "consumed-on-success", "given-back", "added", "dropped"});
   return words[static_cast<std::size_t>(ownership)];
 }
-constexpr std::string_view wordOf(OnFailure onFailure) noexcept {
+ZEB_SDK_MODULE_LOCAL constexpr std::string_view wordOf(OnFailure onFailure) noexcept {
   constexpr auto words = std::to_array<std::string_view>({"", "cleared", "untouched", "undefined"});
   return words[static_cast<std::size_t>(onFailure)];
 }
-constexpr std::string_view wordOf(Convention convention) noexcept {
+ZEB_SDK_MODULE_LOCAL constexpr std::string_view wordOf(Convention convention) noexcept {
   constexpr auto words = std::to_array<std::string_view>({"error", "value", "nothing"});
   return words[static_cast<std::size_t>(convention)];
 }
-constexpr std::string_view wordOf(Failure failure) noexcept {
+ZEB_SDK_MODULE_LOCAL constexpr std::string_view wordOf(Failure failure) noexcept {
   constexpr auto words = std::to_array<std::string_view>({"error", "null", "zero", "none"});
   return words[static_cast<std::size_t>(failure)];
 }
