@@ -42,8 +42,9 @@ bench: $(bench) ## Measure against the peers; rewrite docs/performance.md and ca
 
 check: test gates ## Everything that CI runs: test, then the gates
 
-reference: ## Rewrite docs/reference/ from share/zeb/zeb.json
+reference: ## Rewrite docs/reference/ and the headers' tables from share/zeb/zeb.json
 	tools/generate.py pages
+	tools/generate.py headers
 
 format: ## Format every source in place
 	$(packages) gates
@@ -79,10 +80,11 @@ gate-format: gate-packages ## The sources look as .clang-format says
 	$(heading) 'the look of the sources'
 	tools/check_format.sh
 
-gate-description: gate-packages ## share/zeb/zeb.json is sound, and the reference pages are its own
+gate-description: gate-packages ## share/zeb/zeb.json is sound, and what is made of it is its own
 	$(heading) 'the description of the interfaces'
 	tools/check_description.py
 	tools/generate.py pages --check
+	tools/generate.py headers --check
 
 gate-exports: release ## The library exports its eleven names and nothing else
 	$(heading) 'what the library exports'

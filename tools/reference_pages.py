@@ -169,6 +169,7 @@ def interface_page(description, interface):
     line = f"Header {code(interface['header'])}"
     if "procsStruct" in interface:
         line += f", struct {code(interface['procsStruct'])}, filled by {code(interface['fetch'])}"
+        line += f"; from C++ {code('zeb::sdk::' + interface['sdkInterface'])}"
     yield line + "."
     yield ""
     yield "| method | proc | version | threads |"
@@ -292,7 +293,9 @@ def index_page(description):
                f"| {len(interface['procs'])} | {interface['title']} |")
     yield ""
     yield ("[exports.md](exports.md) has the exported functions, [types.md](types.md) the handles, "
-           "structs and constants.")
+           "structs and constants. Programs find the same in `share/zeb/zeb.json`, and those in C++ "
+           "the interfaces and exports as tables in `zeb/sdk/description.hpp`; "
+           "`zebinfo --describe` prints them.")
     yield ""
     yield "## Threads"
     yield ""

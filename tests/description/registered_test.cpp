@@ -1,13 +1,14 @@
-// The services register what share/zeb/zeb.json describes, in its order and nothing besides.
+// The services register what is described, in its order and nothing besides.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
-#include "description/described_procs.h"
 #include "frame/services.h"
+#include "zeb/sdk/description.hpp"
 
 namespace zeb {
 namespace {
@@ -16,9 +17,14 @@ using ::testing::ElementsAreArray;
 
 using Names = std::vector<std::string>;
 
+std::string fullName(std::string_view interfaceName, std::string_view method,
+                     std::string_view proc) {
+  return std::string(interfaceName).append("/").append(method).append("/").append(proc);
+}
+
 void append(Names& names, const char* interfaceName, std::span<const ZEBProcTableEntry> entries) {
   for (const ZEBProcTableEntry& entry : entries) {
-    names.push_back(std::string(interfaceName) + "/" + entry.methodName + "/" + entry.procName);
+    names.push_back(fullName(interfaceName, entry.methodName, entry.procName));
   }
 }
 
@@ -37,8 +43,10 @@ Names registered() {
 
 Names described() {
   Names names;
-  for (const description::DescribedProc& proc : description::describedProcs()) {
-    names.push_back(std::string(proc.interfaceName) + "/" + proc.methodName + "/" + proc.procName);
+  for (const sdk::description::Interface& interface : sdk::description::interfaces()) {
+    for (const sdk::description::Proc& proc : interface.procs) {
+      names.push_back(fullName(interface.name, proc.method, proc.name));
+    }
   }
   return names;
 }

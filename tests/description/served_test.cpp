@@ -1,4 +1,4 @@
-// The running library serves what share/zeb/zeb.json describes.
+// The running library serves what is described.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,27 +8,34 @@
 #include <set>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "contract/library.h"
 #include "contract/proc_rows.h"
-#include "description/described_procs.h"
+#include "zeb/sdk/description.hpp"
 
 namespace description {
 namespace {
 
 using ::testing::IsEmpty;
 
+using zeb::sdk::description::Interface;
+using zeb::sdk::description::interfaces;
+using zeb::sdk::description::Proc;
 using Names = std::set<std::string>;
 
-std::string nameOf(const char* interfaceName, const char* methodName, const char* procName) {
-  return std::string(interfaceName) + "/" + methodName + "/" + procName;
+std::string nameOf(std::string_view interfaceName, std::string_view methodName,
+                   std::string_view procName) {
+  return std::string(interfaceName).append("/").append(methodName).append("/").append(procName);
 }
 
 Names described() {
   Names names;
-  for (const DescribedProc& proc : describedProcs()) {
-    names.insert(nameOf(proc.interfaceName, proc.methodName, proc.procName));
+  for (const Interface& interface : interfaces()) {
+    for (const Proc& proc : interface.procs) {
+      names.insert(nameOf(interface.name, proc.method, proc.name));
+    }
   }
   return names;
 }
@@ -41,7 +48,11 @@ std::vector<std::string> missing(const Names& names, const Names& others) {
   return found;
 }
 
-TEST(Description, NamesEachProcOnce) { EXPECT_EQ(described().size(), describedProcs().size()); }
+TEST(Description, NamesEachProcOnce) {
+  std::size_t procs = 0;
+  for (const Interface& interface : interfaces()) procs += interface.procs.size();
+  EXPECT_EQ(described().size(), procs);
+}
 
 TEST(Description, NamesWhatARunningLibraryHasRegistered) {
   const contract::RunningLibrary zeb;
@@ -61,9 +72,13 @@ TEST(Description, NamesWhatARunningLibraryHasRegistered) {
 TEST(Description, NamesProcsThatCanBeLookedUp) {
   const contract::RunningLibrary zeb;
   std::vector<std::string> unknown;
-  for (const DescribedProc& proc : describedProcs()) {
-    if (zeb.getProcAddress(proc.interfaceName, proc.methodName, proc.procName) == nullptr) {
-      unknown.push_back(nameOf(proc.interfaceName, proc.methodName, proc.procName));
+  for (const Interface& interface : interfaces()) {
+    for (const Proc& proc : interface.procs) {
+      // The tables' texts are literals, which end with a zero.
+      if (zeb.getProcAddress(interface.name.data(), proc.method.data(), proc.name.data()) ==
+          nullptr) {
+        unknown.push_back(nameOf(interface.name, proc.method, proc.name));
+      }
     }
   }
   EXPECT_THAT(unknown, IsEmpty());

@@ -23,7 +23,8 @@ except ImportError:
 
 from check_description import check  # noqa: E402
 from description import Description  # noqa: E402
-from generate import differences, write  # noqa: E402
+from description_header import headers  # noqa: E402
+from generate import GENERATED_HEADERS, differences, write  # noqa: E402
 from reference_pages import pages  # noqa: E402
 from test_tables import test_tables  # noqa: E402
 
@@ -35,7 +36,7 @@ class RepositoryTest(unittest.TestCase):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
         self.root = Path(folder.name)
-        for part in ("share/zeb", "include/zeb"):
+        for part in ("share/zeb", "include/zeb", "include/zeb/sdk"):
             for path in (ROOT / part).glob("*.*"):
                 copied = self.root / part / path.name
                 copied.parent.mkdir(parents=True, exist_ok=True)
@@ -173,14 +174,56 @@ class PagesTest(RepositoryTest):
                 self.assertIn(f"| `{parameter['name']}` |", page)
 
 
-class HeaderAgreementTest(RepositoryTest):
-    """What the compiler says to the generated assertions."""
+class HeaderTablesTest(RepositoryTest):
+    """The check of the header that is generated: it lies among others that are not."""
+
+    def differences(self):
+        folder = self.root / "include/zeb/sdk"
+        return "\n".join(
+            differences(folder, headers(Description(self.data)), GENERATED_HEADERS))
+
+    def test_are_accepted_as_generated(self):
+        self.assertEqual(self.differences(), "")
+
+    def test_differ_when_the_description_has_changed(self):
+        self.proc("ZEBStringInterface", "AddRef")["threads"] = ["one-owner"]
+        self.assertEqual(self.differences(),
+                         "description_tables.hpp is not what share/zeb/zeb.json says")
+
+    def test_differ_when_the_header_was_edited(self):
+        self.spoil_header("sdk/description_tables.hpp", "NullRule::allowed", "NullRule::fails")
+        self.assertEqual(self.differences(),
+                         "description_tables.hpp is not what share/zeb/zeb.json says")
+
+    def test_differ_when_the_header_is_missing_or_left_over(self):
+        self.file("include/zeb/sdk/description_tables.hpp").rename(
+            self.file("include/zeb/sdk/planted_tables.hpp"))
+        self.assertEqual(self.differences(),
+                         "description_tables.hpp is missing\nplanted_tables.hpp describes nothing")
+
+    def test_name_every_proc_and_export(self):
+        [text] = headers(Description(self.data)).values()
+        for _, proc in Description(self.data).procs():
+            self.assertIn(f'{{{{"{proc["proc"]}", ', text)
+        for entry in self.data["exports"]:
+            self.assertIn(f'{{"{entry["name"]}", ', text)
+
+    def test_keep_quotes_and_backslashes(self):
+        self.proc("ZEBStringInterface", "AddRef")["description"] = 'A "text" with a \\ in it.'
+        [text] = headers(Description(self.data)).values()
+        self.assertIn(r'"A \"text\" with a \\ in it."', text)
+
+
+class AgreementTest(RepositoryTest):
+    """What the compiler says to generated assertions."""
+
+    ASSERTIONS = ""
 
     def complaints(self):
         write(self.root / "tables", test_tables(Description(self.data)))
         done = subprocess.run(
             [os.environ.get("CXX", "c++"), "-std=c++20", "-fsyntax-only",
-             "-I", self.root / "include", self.root / "tables/header_agreement.cpp"],
+             "-I", self.root / "include", self.root / "tables" / self.ASSERTIONS],
             capture_output=True, text=True, check=False)
         self.assertEqual(done.returncode != 0, "error:" in done.stderr, done.stderr)
         return done.stderr
@@ -190,6 +233,10 @@ class HeaderAgreementTest(RepositoryTest):
         self.assertIn("static assertion failed", complaints.replace("static_assert failed",
                                                                     "static assertion failed"))
         self.assertIn(name, complaints)
+
+
+class HeaderAgreementTest(AgreementTest):
+    ASSERTIONS = "header_agreement.cpp"
 
     def test_is_compiled_as_it_is(self):
         self.assertEqual(self.complaints(), "")
@@ -228,6 +275,54 @@ class HeaderAgreementTest(RepositoryTest):
         self.assert_refused(self.data["structs"][0]["name"])
 
 
+class TableAgreementTest(AgreementTest):
+    """The header is generated before the description is spoiled: it says something else then."""
+
+    ASSERTIONS = "table_agreement.cpp"
+
+    def spoil_table(self, old, new):
+        self.spoil_header("sdk/description_tables.hpp", old, new)
+
+    def test_is_compiled_as_it_is(self):
+        self.assertEqual(self.complaints(), "")
+
+    def test_refuses_a_signature_that_the_type_has_not(self):
+        self.spoil_table('"*ZEBString(*const i8)"', '"*ZEBString(*i8)"')
+        self.assert_refused("kRowOf_ZEBStringInterface_NewStringAtom.signature")
+
+    def test_refuses_a_signature_of_an_export(self):
+        self.spoil_table('{"ZEBGetVersion", "u32()"', '{"ZEBGetVersion", "i32()"')
+        self.assert_refused("kRowOf_ZEBGetVersion.signature")
+
+    def test_refuses_another_ownership(self):
+        self.proc("ZEBErrorInterface", "NewError")["parameters"][3]["ownership"] = "shared"
+        self.assert_refused("kRowOf_ZEBErrorInterface_NewError.parameters[3].ownership")
+
+    def test_refuses_another_rule_about_null(self):
+        self.proc("ZEBStringInterface", "AddRef")["parameters"][0]["null"] = "fails"
+        self.assert_refused("kRowOf_ZEBStringInterface_AddRef.parameters[0].null")
+
+    def test_refuses_other_threads(self):
+        self.proc("ZEBStringInterface", "AddRef")["threads"] = ["one-owner"]
+        self.assert_refused("kRowOf_ZEBStringInterface_AddRef.threads")
+
+    def test_refuses_another_version(self):
+        self.proc("ZEBStringInterface", "AddRef")["version"] = 2
+        self.assert_refused("kRowOf_ZEBStringInterface_AddRef.version")
+
+    def test_refuses_a_proc_less(self):
+        del self.data["interfaces"][5]["procs"][0]
+        self.assert_refused("ZEBStringInterface")
+
+    def test_refuses_another_interface_of_the_sdk(self):
+        self.data["interfaces"][5]["sdkInterface"] = "Memory"
+        self.assert_refused("zeb::sdk::Memory::kName")
+
+    def test_wants_an_interface_of_the_sdk(self):
+        del self.data["interfaces"][5]["sdkInterface"]
+        self.assertIn("'sdkInterface' is a dependency of 'rows'", self.faults())
+
+
 class GeneratorTest(RepositoryTest):
     def run_with_seed(self, seed):
         folder = self.root / f"tables{seed}"
@@ -238,7 +333,7 @@ class GeneratorTest(RepositoryTest):
     def test_generates_the_same_every_time(self):
         first = self.run_with_seed(1)
         self.assertEqual(set(first),
-                         {"described_procs.cpp", "header_agreement.cpp", "sweep_cases.cpp"})
+                         {"header_agreement.cpp", "sweep_cases.cpp", "table_agreement.cpp"})
         self.assertEqual(first, self.run_with_seed(2))
 
     def test_leaves_what_is_right_alone(self):
@@ -251,7 +346,7 @@ class GeneratorTest(RepositoryTest):
         self.assertEqual({path.stat().st_mtime for path in folder.iterdir()}, {1})
 
     def test_refuses_other_arguments(self):
-        for arguments in ([], ["pages", "planted"], ["tests"]):
+        for arguments in ([], ["pages", "planted"], ["headers", "planted"], ["tests"]):
             done = subprocess.run([sys.executable, TOOLS / "generate.py", *arguments],
                                   capture_output=True, check=False)
             self.assertEqual(done.returncode, 2)

@@ -124,6 +124,47 @@ class ZebinfoTest(unittest.TestCase):
             [(row["references"], row["atom"]) for row in table["Live atoms"]],
             [(str(it["references"]), shown(it["text"])) for it in document["atoms"]])
 
+    def test_shows_versions_and_signatures_in_both_forms(self):
+        arguments = ["--module", module("replacing")]
+        document = self.document(*arguments)
+        table = sections(self.succeed(*arguments))
+
+        def version(proc):
+            older = " older" if proc["older"] else ""
+            return {"own": f"{proc['version']}{older}",
+                    "replaced": f"{proc['version']}{older} replaced",
+                    "not described": "not described", None: "-"}[proc["standing"]]
+
+        self.assertEqual(
+            [tuple(row[column] for column in [*LISTED, "version", "since", "signature"])
+             for row in table["Procs"]],
+            [(shown(interface), shown(method), shown(proc["name"]), version(proc),
+              proc["since"] or "-", proc["publishedSignature"] or "")
+             for interface, method, proc in rows_of_procs(document)
+             if proc["signatureOf"] is None])
+        self.assertEqual(
+            [tuple(row[column] for column in [*LISTED, "version", "since"])
+             for row in table["Missing procs"]],
+            [(it["interface"], it["method"], it["name"],
+              f"{it['version']}{' older' if it['older'] else ''}", it["since"])
+             for it in document["missing"]])
+
+    def test_knows_every_proc_of_the_library(self):
+        document = self.document()
+        self.assertEqual(document["missing"], [])
+        self.assertNotIn("Missing procs", self.succeed())
+        for interface, method, proc in rows_of_procs(document):
+            self.assertEqual(proc["standing"], "own", (interface, method))
+            self.assertIn("(", proc["signature"])
+
+    def test_tells_older_versions(self):
+        described = {proc["name"]: proc for interface, method, proc
+                     in rows_of_procs(self.document())
+                     if (interface, method) == ("ZEBContainerInterface", "GetMethod")}
+        self.assertEqual(
+            [(proc["version"], proc["older"], proc["since"]) for proc in described.values()],
+            [(1, True, "4.0"), (2, True, "4.0"), (3, False, "4.0")])
+
     def test_aligns_its_columns(self):
         block = self.succeed("--module", module("publishing")).split("\n\n")[2]
         title, header, *rows = block.rstrip("\n").split("\n")
@@ -198,7 +239,53 @@ class ZebinfoTest(unittest.TestCase):
         nulls = [proc for interface, method, proc
                  in rows_of_procs(self.document("--module", module("publishing")))
                  if (interface, method) == ("TestInterface", None)]
-        self.assertEqual(nulls, [{"name": None, "address": "0x0", "file": None, "fileOffset": 0}])
+        self.assertEqual(nulls, [{
+            "name": None, "address": "0x0", "file": None, "fileOffset": 0, "standing": None,
+            "version": None, "older": None, "since": None, "signature": None,
+            "publishedSignature": None, "signatureOf": None}])
+
+    def replaced(self):
+        """What the replacing module changes: {(interface, method, proc): proc}."""
+        file = module("replacing")
+        return {(interface, method, proc["name"]): proc for interface, method, proc
+                in rows_of_procs(self.document("--module", file)) if proc["file"] == file}
+
+    def test_tells_whose_a_proc_of_the_librarys_interface_is(self):
+        own = self.replaced()
+        replaced = own["ZEBProgressInterface", "AddRef", "ZEBProgressAddRefProc"]
+        self.assertEqual((replaced["standing"], replaced["version"], replaced["signature"]),
+                         ("replaced", 1, "void(*ZEBProgress)"))
+        unknown = own["ZEBProgressInterface", "AddRef", "TestProgressProc"]
+        self.assertEqual((unknown["standing"], unknown["version"], unknown["signature"]),
+                         ("not described", None, None))
+        guarded = own["TestInterface", "Guarded", "TestGuardedProc"]
+        self.assertEqual((guarded["standing"], guarded["version"]), (None, None))
+
+    def test_tells_which_of_the_librarys_procs_are_missing(self):
+        document = self.document("--module", module("replacing"))
+        missing = {(it["interface"], it["name"]) for it in document["missing"]}
+        self.assertEqual({interface for interface, _ in missing},
+                         {"ZEBMemDbgInterface", "ZEBProgressInterface"})
+        self.assertIn(("ZEBProgressInterface", "ZEBProgressReleaseProc"), missing)
+        self.assertNotIn(("ZEBProgressInterface", "ZEBProgressAddRefProc"), missing)
+
+    def test_folds_a_signature_into_its_proc(self):
+        own = self.replaced()
+        texts = {name: (proc["publishedSignature"], proc["signatureOf"])
+                 for (interface, _, name), proc in own.items() if interface == "TestInterface"}
+        self.assertEqual(texts, {
+            "TestGuardedProc": ("void(i32)", None),
+            "TestGuardedProc#signature": (None, "TestGuardedProc"),
+            "TestSilentProc": (None, None),
+            "TestSilentProc#signature": (None, "TestSilentProc"),
+            "TestNullProc": (None, None),
+            "TestLonelyProc#signature": (None, None),
+        })
+        listed = [row["proc"] for row in sections(
+            self.succeed("--module", module("replacing")))["Procs"]
+            if row["interface"] == "TestInterface"]
+        self.assertEqual(listed, ["TestGuardedProc", "TestLonelyProc#signature", "TestNullProc",
+                                  "TestSilentProc"])
 
     def test_prints_no_control_characters(self):
         table = self.succeed("--module", module("publishing"))
@@ -282,6 +369,74 @@ class ZebinfoTest(unittest.TestCase):
     def test_refuses_what_is_not_three_names(self):
         for names in ("ZEB", "ZEB/X", "ZEB/X/Y/Z", ""):
             self.fail_with(2, "three names separated by two slashes", "--exists", names)
+
+    # --- --describe -----------------------------------------------------------------------------
+
+    def described(self, name):
+        """(the text, the functions of the JSON)"""
+        document = json.loads(self.succeed("--describe", name, "--json"))
+        self.assertEqual(document["schema"], 1)
+        functions = [proc for interface in document["interfaces"] for proc in interface["procs"]]
+        return self.succeed("--describe", name), functions + document["exports"]
+
+    def test_describes_ownership_threads_and_failure(self):
+        name = "ZEBErrorInterface/NewError/ZEBNewErrorProc"
+        text, [proc] = self.described(name)
+        self.assertIn(f"\n{name}  version 1, since 4.0\n", text)
+        self.assertRegex(text, r"\n  threads +any-thread, calls-host\n")
+        self.assertRegex(text, r"\n  answers +ZEBErrorObject \*, reference\n")
+        self.assertRegex(text, r"\n  given back +ZEBErrorInterface/Release\n")
+        self.assertRegex(text, r"\n  info +void \* +in +allowed +consumed, ended by infoDelete ")
+        self.assertEqual(proc["threads"], ["any-thread", "calls-host"])
+        self.assertEqual(proc["result"]["givenBackWith"], "ZEBErrorInterface/Release")
+        info = proc["parameters"][3]
+        self.assertEqual((info["name"], info["null"], info["ownership"], info["endedBy"]),
+                         ("info", "allowed", "consumed", "infoDelete"))
+
+    def test_describes_the_same_in_both_forms(self):
+        for name in [it["name"] for it in self.document()["interfaces"]] + ["ZEBInitialize4"]:
+            text, functions = self.described(name)
+            self.assertNotEqual(functions, [])
+            at = 0
+            for function in functions:
+                at = text.index(function["declaration"], at)
+                for part in (function["summary"], function["signature"],
+                             ", ".join(function["threads"])):
+                    at = text.index(part, at)
+                for parameter in function["parameters"]:
+                    # By its row: the name may be part of another text.
+                    row = re.compile(rf"^  {parameter['name']} +{re.escape(parameter['type'])} +"
+                                     rf"{parameter['direction']} +{parameter['null'] or '-'} +"
+                                     rf"{parameter['ownership']}", re.MULTILINE)
+                    found = row.search(text, at)
+                    self.assertIsNotNone(found, (function["name"], parameter))
+                    at = found.end()
+
+    def test_describes_all_versions_of_a_method(self):
+        _, procs = self.described("ZEBContainerInterface/GetMethod")
+        self.assertEqual({proc["name"]: proc["older"] for proc in procs},
+                         {"ZEBGetMethodProc": True, "ZEBGetMethodV2Proc": True,
+                          "ZEBGetMethodV3Proc": False})
+
+    def test_describes_what_the_library_serves(self):
+        for interface in self.document()["interfaces"]:
+            _, procs = self.described(interface["name"])
+            self.assertEqual(
+                sorted((proc["method"], proc["name"], proc["signature"]) for proc in procs),
+                sorted((method["name"], proc["name"], proc["signature"])
+                       for method in interface["methods"] for proc in method["procs"]))
+
+    def test_refuses_what_is_not_described(self):
+        for name in ("Nothing", "ZEBStringInterface/Nothing", "ZEBGetCStringProc", "/",
+                     "ZEBStringInterface/AddRef/ZEBGetCStringProc"):
+            out = self.fail_with(1, f'zebinfo: "{name}" is not described\n', "--describe", name)
+            self.assertEqual(out, "")
+        self.fail_with(2, "a name is wanted", "--describe", "")
+
+    def test_refuses_to_describe_and_to_start_at_once(self):
+        for other in (["--module", module("plain")], ["--library", LIBRARY], ["--atoms"],
+                      ["--exists", "A/B/C"]):
+            self.fail_with(2, "--describe", "--describe", "ZEB", *other)
 
     # --- the rest -------------------------------------------------------------------------------
 

@@ -4,6 +4,7 @@
 
 #include "json_writer.h"
 #include "output.h"
+#include "proc_words.h"
 
 namespace zebinfo {
 
@@ -37,12 +38,54 @@ void writeModules(JsonWriter& json, const std::vector<ModuleRow>& modules) {
   });
 }
 
+std::optional<std::string> standing(Standing standing) {
+  switch (standing) {
+    case Standing::own:
+      return "own";
+    case Standing::replaced:
+      return "replaced";
+    case Standing::notDescribed:
+      return "not described";
+    case Standing::foreign:
+      break;
+  }
+  return std::nullopt;
+}
+
+void writeDescribed(JsonWriter& json, const zeb::sdk::description::Proc* proc) {
+  if (proc == nullptr) {
+    for (const auto* name : {"version", "older", "since", "signature"}) json.key(name).null();
+    return;
+  }
+  json.key("version").value(proc->version);
+  json.key("older").value(proc->older);
+  json.key("since").value(std::string_view(since(*proc)));
+  json.key("signature").value(proc->signature);
+}
+
 void writeProc(JsonWriter& json, const ProcRow& proc) {
   json.object([&] {
     json.key("name").value(proc.procName);
     json.key("address").value(std::string_view(fmt::format("{:#x}", proc.address)));
     json.key("file").value(proc.file);
     json.key("fileOffset").value(proc.fileOffset);
+    json.key("standing").value(standing(proc.standing));
+    writeDescribed(json, proc.described);
+    json.key("publishedSignature").value(proc.publishedSignature);
+    json.key("signatureOf").value(proc.signatureOf);
+  });
+}
+
+void writeMissing(JsonWriter& json, const std::vector<MissingRow>& missing) {
+  json.key("missing").array([&] {
+    for (const MissingRow& row : missing) {
+      json.object([&] {
+        json.key("interface").value(std::string_view(row.interfaceName));
+        json.key("method").value(row.proc->method);
+        json.key("name").value(row.proc->name);
+        writeDescribed(json, row.proc);
+      });
+    }
   });
 }
 
@@ -117,6 +160,7 @@ std::string asJson(const Report& report) {
     });
     writeModules(json, report.modules);
     writeInterfaces(json, report.procs);
+    writeMissing(json, report.missing);
     writeCounters(json, report.counters);
     writeObjects(json, report.objects);
     if (report.atoms) writeAtoms(json, *report.atoms);

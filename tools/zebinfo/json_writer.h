@@ -32,6 +32,7 @@ class JsonWriter {
 
   void value(std::string_view text);
   void value(const std::optional<std::string>& text);  // nothing is null
+  void null() { raw("null"); }
   void value(bool truth) { raw(truth ? "true" : "false"); }
   template <std::integral Number>
   requires(!std::same_as<Number, bool>) void value(Number number) { raw(fmt::to_string(number)); }

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "describe.h"
 #include "failure.h"
 #include "library.h"
 #include "module.h"
@@ -93,6 +94,12 @@ ExitStatus tryToShow(const Options& options, const Library& library,
   }
 }
 
+ExitStatus describe(const Options& options) {
+  const zebinfo::Described described = zebinfo::describedAs(options.describe);
+  print(options.json ? zebinfo::asJson(described) : zebinfo::asText(described));
+  return ExitStatus::success;
+}
+
 void complainOfReports(const std::string& when) {
   for (const std::string& report : zebinfo::takeReports()) complain(when + report);
 }
@@ -108,6 +115,7 @@ ExitStatus stop(Library& library, std::vector<Module>& modules) {
 }
 
 ExitStatus run(const Options& options) {
+  if (!options.describe.empty()) return describe(options);
   Library library(options.library);
   std::vector<Module> modules = startModules(options, library);
   const ExitStatus moduleStatus = judge(modules);

@@ -23,6 +23,7 @@ constexpr const char* kFooter =
     "  3  the library cannot be loaded or started, or cannot be inspected\n"
     "  4  a module cannot be loaded or does not start; the rest is shown all the same\n"
     "  1  --exists: there is no such proc; why is said on standard error\n"
+    "     --describe: nothing of that name is described\n"
     "  6  the output cannot be written\n"
     "  5  the library reported on stopping that something was not given back\n"
     "  0  none of these\n";
@@ -62,11 +63,23 @@ std::optional<Options> parseOptions(int argc, char** argv, int* exitStatus) {
       ->capture_default_str();
   app.add_flag("--atoms", options.atoms, "Show every live atom as well");
   auto* json = app.add_flag("--json", options.json, "Print JSON instead of a table");
+  auto* described =
+      app.add_option(
+             "--describe", options.describe,
+             "Start nothing; print what an interface of the library,\none of its procs or an "
+             "exported function does:\ndeclaration, ownership, threads, failure")
+          ->type_name("INTERFACE[/METHOD[/PROC]]")
+          ->excludes("--library")
+          ->excludes("--module")
+          ->excludes("--atoms")
+          ->check(CLI::Validator(
+              [](const std::string& name) { return name.empty() ? "a name is wanted" : ""; }, ""));
   app.add_option("--exists", exists,
                  "Show nothing; tell by the exit status whether\nthe proc is there")
       ->type_name("INTERFACE/METHOD/PROC")
       ->check(CLI::Validator(checkNames, ""))
-      ->excludes(json);
+      ->excludes(json)
+      ->excludes(described);
   app.footer(kFooter);
 
   try {

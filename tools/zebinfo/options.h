@@ -24,6 +24,7 @@ struct Options {
   bool atoms = false;
   bool json = false;
   std::optional<ProcNames> exists;
+  std::string describe;  // empty: not asked for
 };
 
 // Nothing when the program is to end at once, with *exitStatus; what there is to say has then been

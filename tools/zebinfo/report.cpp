@@ -8,6 +8,7 @@
 #include "failure.h"
 #include "library.h"
 #include "module.h"
+#include "standing.h"
 
 namespace zebinfo {
 
@@ -59,9 +60,12 @@ Report makeReport(const Library& library, const std::vector<Module>& modules, bo
       .changeCounter = library.frame().GetUnregisterCount(),
       .modules = rowsOf(modules),
       .procs = rowsOf<ProcRow>(inspect.NewProcSnapshot, inspect.DeleteSnapshot),
+      .missing = {},
       .counters = rowsOf<CounterRow>(events.NewEventSnapshot, events.DeleteEventSnapshot),
       .objects = rowsOf<ObjectRow>(inspect.NewObjectSnapshot, inspect.DeleteSnapshot),
       .atoms = std::nullopt};
+  compareWithDescription(report, library);
+  findPublishedSignatures(report.procs);
   if (withAtoms) report.atoms = rowsOf<AtomRow>(inspect.NewAtomSnapshot, inspect.DeleteSnapshot);
   return report;
 }

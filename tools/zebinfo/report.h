@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "zeb/sdk/description_types.hpp"
+
 namespace zebinfo {
 
 class Library;
@@ -20,6 +22,15 @@ struct ModuleRow {
   std::string problem;  // empty: it runs
 };
 
+// What a registered proc is to the library, whose procs the tables of zeb/sdk/description.hpp
+// describe.
+enum class Standing {
+  foreign,       // it is of another interface
+  own,           // it is described, and lies in the library or is the host's report procedure
+  replaced,      // it is described, but lies elsewhere
+  notDescribed,  // of the library's interface, it is not described
+};
+
 struct ProcRow {
   Name interfaceName;
   Name methodName;
@@ -27,6 +38,18 @@ struct ProcRow {
   uint64_t address;
   std::optional<std::string> file;  // nothing: in no loaded file
   uint64_t fileOffset;
+  Standing standing = Standing::foreign;
+  const zeb::sdk::description::Proc* described = nullptr;
+  // The text that was published beside it, see zeb/sdk/signature.hpp.
+  std::optional<std::string> publishedSignature = std::nullopt;
+  // This is such a text: the name of the proc that it was published beside.
+  std::optional<std::string> signatureOf = std::nullopt;
+};
+
+// A described proc that is not registered.
+struct MissingRow {
+  std::string interfaceName;
+  const zeb::sdk::description::Proc* proc;
 };
 
 struct CounterRow {
@@ -52,6 +75,7 @@ struct Report {
   uint32_t changeCounter;
   std::vector<ModuleRow> modules;
   std::vector<ProcRow> procs;        // sorted by the three names
+  std::vector<MissingRow> missing;   // in the order of the description
   std::vector<CounterRow> counters;  // the latest first
   std::vector<ObjectRow> objects;
   std::optional<std::vector<AtomRow>> atoms;  // sorted; nothing: not asked for

@@ -1,61 +1,15 @@
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <string_view>
 
 #include "output.h"
+#include "proc_words.h"
+#include "table.h"
 #include "text.h"
 
 namespace zebinfo {
 
 namespace {
-
-// Columns as wide as their widest cell, two spaces apart. Numbers stand at the right.
-class Table {
- public:
-  enum class Align { left, right };
-  struct Column {
-    std::string_view title;
-    Align align = Align::left;
-  };
-  using Row = std::vector<std::string>;
-
-  explicit Table(std::vector<Column> columns) : columns_(std::move(columns)) {
-    Row titles;
-    for (const Column& column : columns_) titles.emplace_back(column.title);
-    add(std::move(titles));
-  }
-
-  void add(Row row) { rows_.push_back(std::move(row)); }
-
-  [[nodiscard]] std::string text() const {
-    std::string out;
-    for (const Row& row : rows_) out += "  " + line(row) + "\n";
-    return out;
-  }
-
- private:
-  [[nodiscard]] std::size_t width(std::size_t column) const {
-    std::size_t widest = 0;
-    for (const Row& row : rows_) widest = std::max(widest, characters(row[column]));
-    return widest;
-  }
-
-  [[nodiscard]] std::string line(const Row& row) const {
-    std::string out;
-    for (std::size_t i = 0; i < row.size(); ++i) {
-      const std::string gap(width(i) - characters(row[i]), ' ');
-      const bool right = columns_[i].align == Align::right;
-      if (i > 0) out += "  ";
-      out += right ? gap + row[i] : row[i] + gap;
-    }
-    out.erase(out.find_last_not_of(' ') + 1);
-    return out;
-  }
-
-  std::vector<Column> columns_;
-  std::vector<Row> rows_;
-};
 
 constexpr auto kRight = Table::Align::right;
 
@@ -64,6 +18,21 @@ std::string shown(const Name& name) { return name ? printable(*name) : "(null)";
 std::string publisher(const ProcRow& proc) {
   if (!proc.file) return "(no file)";
   return fmt::format("{} +{:#x}", printable(*proc.file), proc.fileOffset);
+}
+
+// What the description says about the proc, and whether this is the one that it speaks of.
+std::string versionCell(const ProcRow& proc) {
+  switch (proc.standing) {
+    case Standing::own:
+      return version(*proc.described);
+    case Standing::replaced:
+      return version(*proc.described) + " replaced";
+    case Standing::notDescribed:
+      return "not described";
+    case Standing::foreign:
+      break;
+  }
+  return "-";
 }
 
 std::string section(std::string_view title, const Table& table) {
@@ -81,12 +50,32 @@ std::string modulesSection(const std::vector<ModuleRow>& modules) {
 }
 
 std::string procsSection(const std::vector<ProcRow>& procs) {
-  Table table({{"interface"}, {"method"}, {"proc"}, {"address", kRight}, {"published by"}});
+  Table table({{"interface"},
+               {"method"},
+               {"proc"},
+               {"version"},
+               {"since"},
+               {"address", kRight},
+               {"published by"},
+               {"signature"}});
   for (const ProcRow& proc : procs) {
+    if (proc.signatureOf) continue;  // shown with the proc that it belongs to
     table.add({shown(proc.interfaceName), shown(proc.methodName), shown(proc.procName),
-               fmt::format("{:#x}", proc.address), publisher(proc)});
+               versionCell(proc), proc.described != nullptr ? since(*proc.described) : "-",
+               fmt::format("{:#x}", proc.address), publisher(proc),
+               printable(proc.publishedSignature.value_or(""))});
   }
   return section("Procs", table);
+}
+
+std::string missingSection(const std::vector<MissingRow>& missing) {
+  if (missing.empty()) return "";
+  Table table({{"interface"}, {"method"}, {"proc"}, {"version"}, {"since"}});
+  for (const MissingRow& row : missing) {
+    table.add({row.interfaceName, std::string(row.proc->method), std::string(row.proc->name),
+               version(*row.proc), since(*row.proc)});
+  }
+  return section("Missing procs", table);
 }
 
 std::string countersSection(const std::vector<CounterRow>& counters) {
@@ -121,6 +110,7 @@ std::string asTable(const Report& report) {
                                 printable(report.file), report.changeCounter);
   out += modulesSection(report.modules);
   out += procsSection(report.procs);
+  out += missingSection(report.missing);
   out += countersSection(report.counters);
   out += objectsSection(report.objects);
   if (report.atoms) out += atomsSection(*report.atoms);

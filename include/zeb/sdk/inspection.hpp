@@ -17,8 +17,6 @@
 
 namespace zeb::sdk {
 
-ZEB_SDK_OWN(Inspection, ZEB_INSPECT, ZEBInspectProcs);
-
 // An answer of the inspection: an array of records, or a single one, with the texts they point to.
 template <class Record>
 class Inspected {

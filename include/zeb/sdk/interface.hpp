@@ -59,16 +59,24 @@ concept Interface = requires {
   { T::kRequests.size() } -> std::convertible_to<std::size_t>;
 };
 
+// In the order in which they are registered. The interfaces of older_stream.h are not among them:
+// they serve older programs alone.
 ZEB_SDK_OWN(Frame, ZEB_FRAME, ZEBFrameProcs);
 ZEB_SDK_OWN(Memory, ZEB_MEMORY, ZEBMemoryProcs);
+ZEB_SDK_OWN(MemoryDebug, ZEB_MEMORY_DEBUG, ZEBMemoryDebugProcs);
 ZEB_SDK_OWN(Errors, ZEB_ERROR, ZEBErrorProcs);
-ZEB_SDK_OWN(Strings, ZEB_STRING, ZEBStringProcs);
 ZEB_SDK_OWN(Containers, ZEB_CONTAINER, ZEBContainerProcs);
+ZEB_SDK_OWN(Strings, ZEB_STRING, ZEBStringProcs);
 ZEB_SDK_OWN(SharedBuffers, ZEB_SHARED_BUFFER, ZEBSharedBufferProcs);
 ZEB_SDK_OWN(Cache, ZEB_CACHE, ZEBCacheProcs);
 ZEB_SDK_OWN(Progresses, ZEB_PROGRESS, ZEBProgressProcs);
+ZEB_SDK_OWN(StreamFactory, ZEB_STREAM_FACTORY, ZEBStreamFactoryProcs);
+ZEB_SDK_OWN(SimpleStreams, ZEB_SIMPLE_STREAM, ZEBSimpleStreamProcs);
+ZEB_SDK_OWN(RewindableStreams, ZEB_REWINDABLE_STREAM, ZEBRewindableStreamProcs);
+ZEB_SDK_OWN(PositionableStreams, ZEB_POSITIONABLE_STREAM, ZEBPositionableStreamProcs);
 ZEB_SDK_OWN(Filters, ZEB_FILTER, ZEBFilterProcs);
 ZEB_SDK_OWN(Events, ZEB_EVENT, ZEBEventProcs);
+ZEB_SDK_OWN(Inspection, ZEB_INSPECT, ZEBInspectProcs);
 
 }  // namespace zeb::sdk
 

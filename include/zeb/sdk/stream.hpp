@@ -18,11 +18,6 @@
 
 namespace zeb::sdk {
 
-ZEB_SDK_OWN(StreamFactory, ZEB_STREAM_FACTORY, ZEBStreamFactoryProcs);
-ZEB_SDK_OWN(SimpleStreams, ZEB_SIMPLE_STREAM, ZEBSimpleStreamProcs);
-ZEB_SDK_OWN(RewindableStreams, ZEB_REWINDABLE_STREAM, ZEBRewindableStreamProcs);
-ZEB_SDK_OWN(PositionableStreams, ZEB_POSITIONABLE_STREAM, ZEBPositionableStreamProcs);
-
 enum class Origin : uint32_t {
   beginning = ZEB_SEEK_FROM_BEGINNING,
   position = ZEB_SEEK_FROM_POSITION,
