@@ -23,6 +23,7 @@ ZEB_SDK_OWN(SimpleStreams, ZEB_SIMPLE_STREAM, ZEBSimpleStreamProcs);
 ZEB_SDK_OWN(RewindableStreams, ZEB_REWINDABLE_STREAM, ZEBRewindableStreamProcs);
 ZEB_SDK_OWN(PositionableStreams, ZEB_POSITIONABLE_STREAM, ZEBPositionableStreamProcs);
 
+// Where an offset counts from.
 enum class Origin : uint32_t {
   beginning = ZEB_SEEK_FROM_BEGINNING,
   position = ZEB_SEEK_FROM_POSITION,
@@ -94,11 +95,14 @@ class Stream : public Owner<detail::Counted<ZEBContainer, Containers>> {
     check(procs<SimpleStreams>().Write(get(), bytes.data(), bytes.size()));
   }
 
+  // Goes back to the beginning.
   [[nodiscard]] Result<void> tryRewind() const {
     return Error(procs<RewindableStreams>().Rewind(get()));
   }
   void rewind() const { check(procs<RewindableStreams>().Rewind(get())); }
 
+  // Moves to `offset` bytes from the origin. How far past the end it may go depends on the bytes
+  // (positionable_stream.h).
   [[nodiscard]] Result<void> trySeek(int64_t offset, Origin origin = Origin::beginning) const {
     return Error(procs<PositionableStreams>().Seek(get(), offset, static_cast<uint32_t>(origin)));
   }
@@ -106,6 +110,7 @@ class Stream : public Owner<detail::Counted<ZEBContainer, Containers>> {
     check(procs<PositionableStreams>().Seek(get(), offset, static_cast<uint32_t>(origin)));
   }
 
+  // The position in bytes from the beginning.
   [[nodiscard]] Result<uint64_t> tryPosition() const {
     uint64_t position = 0;
     Error error(procs<PositionableStreams>().Mark(get(), &position));
@@ -114,6 +119,7 @@ class Stream : public Owner<detail::Counted<ZEBContainer, Containers>> {
   }
   [[nodiscard]] uint64_t position() const { return tryPosition().value(); }
 
+  // Brings written bytes of a file to the system; nothing for other streams.
   [[nodiscard]] Result<void> tryFlush() const {
     return Error(procs<PositionableStreams>().Flush(get()));
   }
@@ -143,12 +149,15 @@ class Stream : public Owner<detail::Counted<ZEBContainer, Containers>> {
 // failed operations, and lastError() tells what it was.
 class StreamBuffer : public std::streambuf {
  public:
+  // Takes the stream over, at its position.
   explicit StreamBuffer(Stream stream) noexcept : stream_(std::move(stream)) {}
   StreamBuffer(const StreamBuffer&) = delete;
   StreamBuffer& operator=(const StreamBuffer&) = delete;
   ~StreamBuffer() override { (void)writeOut(); }
 
+  // The stream; what was read ahead or not yet written out, it does not know of.
   [[nodiscard]] const Stream& stream() const noexcept { return stream_; }
+  // Why the last operation that failed did so; none when all went well.
   [[nodiscard]] const Error& lastError() const noexcept { return lastError_; }
 
  protected:
@@ -235,6 +244,7 @@ class StreamBuffer : public std::streambuf {
 // A stream of the library as a std::iostream.
 class IOStream : private StreamBuffer, public std::iostream {
  public:
+  // Takes the stream over, at its position.
   explicit IOStream(Stream stream)
       : StreamBuffer(std::move(stream)), std::iostream(static_cast<StreamBuffer*>(this)) {}
 
