@@ -143,11 +143,12 @@ Side poolSide(std::string name, bool lifo) {
   return measure(std::move(name), [pool](size_t) { return takeAndGiveBack(&pool.get().get()); });
 }
 
-Row poolRow(std::string name, bool lifo) {
+Row poolRow(std::string name, bool lifo, int threads, std::optional<Goal> goal) {
   Row row{.area = "object pool",
           .name = std::move(name),
+          .threads = threads,
           .operations = lifo ? static_cast<int>(kLifoDepth) : 1,
-          .goal = Goal{1.0}};
+          .goal = std::move(goal)};
   row.ours = poolSide<OurPool>("ours", lifo);
 #ifdef BENCH_HAS_BOOST
   row.peers.push_back(poolSide<BoostObjectPool>("boost::object_pool + std::mutex", lifo));
@@ -160,8 +161,11 @@ Row poolRow(std::string name, bool lifo) {
 }  // namespace
 
 void addPoolRows(Rows& rows) {
-  rows.push_back(poolRow("take + give back: one at a time, 40 live", false));
-  rows.push_back(poolRow("take + give back: LIFO 64 deep, 40 live", true));
+  for (const int threads : {1, 2}) {
+    const auto goal = threads == 1 ? std::optional(Goal{1.0}) : std::nullopt;
+    rows.push_back(poolRow("take + give back: one at a time, 40 live", false, threads, goal));
+    rows.push_back(poolRow("take + give back: LIFO 64 deep, 40 live", true, threads, goal));
+  }
 }
 
 }  // namespace zeb::bench

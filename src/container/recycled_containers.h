@@ -5,7 +5,7 @@
 #include <array>
 #include <cstddef>
 
-#include "platform/spin_lock.h"
+#include "platform/biased_lock.h"
 #include "zeb/types.h"
 
 namespace zeb::container {
@@ -19,7 +19,7 @@ class RecycledContainers {
 
   // False when the stack is full.
   bool push(ZEBContainer* container) noexcept ZEB_EXCLUDES(lock_) {
-    const SpinGuard guard(lock_);
+    const BiasedGuard guard(lock_);
     if (count_ == kCapacity) return false;
     stack_[count_++] = container;
     return true;
@@ -27,12 +27,12 @@ class RecycledContainers {
 
   // Null when the stack is empty.
   ZEBContainer* pop() noexcept ZEB_EXCLUDES(lock_) {
-    const SpinGuard guard(lock_);
+    const BiasedGuard guard(lock_);
     return count_ != 0 ? stack_[--count_] : nullptr;
   }
 
   [[nodiscard]] size_t count() noexcept ZEB_EXCLUDES(lock_) {
-    const SpinGuard guard(lock_);
+    const BiasedGuard guard(lock_);
     return count_;
   }
 
@@ -43,7 +43,7 @@ class RecycledContainers {
   }
 
  private:
-  SpinLock lock_{50};
+  BiasedLock lock_{50};
   size_t count_ ZEB_GUARDED_BY(lock_) = 0;
   std::array<ZEBContainer*, kCapacity> stack_ ZEB_GUARDED_BY(lock_){};
 };

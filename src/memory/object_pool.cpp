@@ -24,7 +24,7 @@ uint64_t ObjectPool::PageList::taken() const noexcept {
 }
 
 uint64_t ObjectPool::taken() noexcept {
-  const SpinGuard guard(lock_);
+  const BiasedGuard guard(lock_);
   return withFreeSlots_.taken() + full_.taken();
 }
 
@@ -35,12 +35,12 @@ ObjectPool::Slot* ObjectPool::slotAt(Page* page, uint32_t index) const noexcept 
 
 void* ObjectPool::take() {
   {
-    SpinGuard guard(lock_);
+    BiasedGuard guard(lock_);
     if (withFreeSlots_.head != nullptr) return takeFrom(withFreeSlots_.head);
   }
   pageMiss_.signal();
   void* memory = allocObject(pageBytes());
-  SpinGuard guard(lock_);
+  BiasedGuard guard(lock_);
   openPage(memory);
   return takeFrom(withFreeSlots_.head);
 }
@@ -73,7 +73,7 @@ void ObjectPool::giveBack(void* object) noexcept {
   Slot* slot = static_cast<Slot*>(object) - 1;
   Page* emptied = nullptr;
   {
-    SpinGuard guard(lock_);
+    BiasedGuard guard(lock_);
     Page* page = slot->page;
     slot->nextFree = page->freeSlots;
     page->freeSlots = slot;

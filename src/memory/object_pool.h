@@ -14,7 +14,7 @@
 #include <cstdint>
 
 #include "base/event_counter.h"
-#include "platform/spin_lock.h"
+#include "platform/biased_lock.h"
 #include "zeb/exports.h"
 
 namespace zeb {
@@ -76,7 +76,7 @@ class ObjectPool {
   const uint32_t slotsPerPage_;
   const uint64_t slotBytes_;
   const ZEB_T_MT::CZEBEventCounter& pageMiss_;
-  SpinLock lock_{500};
+  BiasedLock lock_{500};
   PageList withFreeSlots_ ZEB_GUARDED_BY(lock_);
   PageList full_ ZEB_GUARDED_BY(lock_);
 };

@@ -84,7 +84,7 @@ void* PooledHeap::alloc(uint64_t size) {
   bool openedPage = false;
   void* data = nullptr;
   {
-    SpinGuard guard(lock_);
+    BiasedGuard guard(lock_);
     heldSnapshot_.store(heldBytes(), std::memory_order_relaxed);
     data = large ? allocLarge(size) : allocSmall(roundedUp(size), openedPage);
   }
@@ -150,7 +150,7 @@ void* PooledHeap::allocLarge(uint64_t size) {
 
 void PooledHeap::free(void* data) {
   FreeBlock* block = blockAt(data);
-  SpinGuard guard(lock_);
+  BiasedGuard guard(lock_);
   if (block->header().size == kLargeMarker) {
     freeLarge(static_cast<LargeHeader*>(data) - 1);
   } else {
@@ -218,7 +218,7 @@ uint64_t PooledHeap::blockSize(const void* data) noexcept {
 // Each spare is forgotten before it is given back, so that one whose giving back throws is not
 // given back again.
 void PooledHeap::releasePages() {
-  SpinGuard guard(lock_);
+  BiasedGuard guard(lock_);
   freeBlocks_.clear();
   if (LargeHeader* large = std::exchange(spareLarge_, nullptr)) giveBackLarge(large);
   if (void* page = std::exchange(sparePage_, nullptr)) giveBackPage(page);

@@ -20,7 +20,7 @@
 
 #include "base/host_state.h"
 #include "memory/free_blocks.h"
-#include "platform/spin_lock.h"
+#include "platform/biased_lock.h"
 
 namespace zeb {
 
@@ -74,7 +74,7 @@ class PooledHeap {
   static void unhold(uint64_t bytes) noexcept;
 
   const PageSource& source_;
-  SpinLock lock_{500};
+  BiasedLock lock_{500};
   FreeBlocks freeBlocks_ ZEB_GUARDED_BY(lock_);
   LargeHeader* spareLarge_ ZEB_GUARDED_BY(lock_) = nullptr;
   void* sparePage_ ZEB_GUARDED_BY(lock_) = nullptr;
