@@ -129,8 +129,8 @@ class [[nodiscard]] Result<void> {
  public:
   // Success.
   Result() noexcept = default;
-  // NOLINTNEXTLINE(google-explicit-constructor): `return error;` is the point
   // A failure; success when there is no error.
+  // NOLINTNEXTLINE(google-explicit-constructor): `return error;` is the point
   Result(Error error) noexcept : error_(std::move(error)) {}
 
   // Whether it is success.
