@@ -17,11 +17,9 @@ FOLDERS = {
 }
 
 # Compiled and run by tests/headers, which takes them by heading and language.
-PROGRAMS = [
-    ("README.md", "A host in twenty lines", "c"),
-    ("README.md", "A module in twenty lines", "c"),
-    ("README.md", "From C++", "cpp"),
-]
+PROGRAMS = [("README.md", heading, language) for heading, language in re.findall(
+    r'^readme_program\("([^"]+)" (\w+) ',
+    (TOP / "tests/headers/CMakeLists.txt").read_text(encoding="utf-8"), re.MULTILINE)]
 
 # Shown, not run.
 SHOWN = {
