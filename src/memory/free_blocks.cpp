@@ -1,39 +1,74 @@
 #include "memory/free_blocks.h"
 
+#include <bit>
+
 namespace zeb {
 
+namespace {
+
+constexpr uint64_t bit(unsigned index) noexcept { return uint64_t{1} << (index % 64); }
+
+// The bits from this one on.
+constexpr uint64_t bitsFrom(unsigned index) noexcept { return ~uint64_t{0} << (index % 64); }
+
+}  // namespace
+
+FreeBlock* FreeBlocks::bestFit(unsigned index) const noexcept {
+  unsigned word = index / kBitsPerWord;
+  uint64_t sizes = usedSizes_[word] & bitsFrom(index);
+  if (sizes == 0) {
+    const uint64_t larger = usedWords_ & bitsFrom(word) & ~bit(word);
+    if (larger == 0) return nullptr;
+    word = static_cast<unsigned>(std::countr_zero(larger));
+    sizes = usedSizes_[word];
+  }
+  return firsts_[word * kBitsPerWord + static_cast<unsigned>(std::countr_zero(sizes))];
+}
+
 FreeBlock* FreeBlocks::takeBestFit(uint16_t size) noexcept {
-  FreeBlock* best = bySize_.findAtLeast(size);
-  if (best == nullptr) return nullptr;
-  // A block from the chain leaves the tree as it is.
-  FreeBlock* taken = best->nextOfSize != nullptr ? best->nextOfSize : best;
+  const unsigned index = (size + kSizeStep - 1U) / kSizeStep;
+  if (index >= kSizes) return nullptr;
+  FreeBlock* first = bestFit(index);
+  if (first == nullptr) return nullptr;
+  FreeBlock* taken = first->nextOfSize != nullptr ? first->nextOfSize : first;
   remove(taken);
   return taken;
 }
 
 void FreeBlocks::add(FreeBlock* block) noexcept {
-  block->previousOfSize = block->nextOfSize = nullptr;
-  FreeBlock* sameSize = bySize_.insert(block);
-  if (sameSize == nullptr) return;
-  block->previousOfSize = sameSize;
-  block->nextOfSize = sameSize->nextOfSize;
+  const unsigned index = indexOf(block);
+  FreeBlock* first = firsts_[index];
+  if (first == nullptr) {
+    block->previousOfSize = block->nextOfSize = nullptr;
+    firsts_[index] = block;
+    usedSizes_[index / kBitsPerWord] |= bit(index);
+    usedWords_ |= bit(index / kBitsPerWord);
+    return;
+  }
+  block->previousOfSize = first;
+  block->nextOfSize = first->nextOfSize;
   if (block->nextOfSize != nullptr) block->nextOfSize->previousOfSize = block;
-  sameSize->nextOfSize = block;
+  first->nextOfSize = block;
 }
 
 void FreeBlocks::remove(FreeBlock* block) noexcept {
   FreeBlock* next = block->nextOfSize;
+  if (next != nullptr) next->previousOfSize = block->previousOfSize;
   if (block->previousOfSize != nullptr) {
     block->previousOfSize->nextOfSize = next;
-    if (next != nullptr) next->previousOfSize = block->previousOfSize;
     return;
   }
-  if (next == nullptr) {
-    bySize_.remove(block);
-    return;
-  }
-  bySize_.replace(block, next);
-  next->previousOfSize = nullptr;
+  const unsigned index = indexOf(block);
+  firsts_[index] = next;
+  if (next == nullptr) markEmpty(index);
 }
+
+void FreeBlocks::markEmpty(unsigned index) noexcept {
+  uint64_t& sizes = usedSizes_[index / kBitsPerWord];
+  sizes &= ~bit(index);
+  if (sizes == 0) usedWords_ &= ~bit(index / kBitsPerWord);
+}
+
+void FreeBlocks::clear() noexcept { *this = FreeBlocks(); }
 
 }  // namespace zeb

@@ -1,14 +1,13 @@
 // The free small blocks of a pooled heap, found by size.
 //
-// A free block keeps its links in its own data: a tree of the distinct sizes, and for each size a
-// chain of further blocks of that size behind the one that is in the tree. The tree thus stays as
-// small as the number of distinct free sizes.
+// Sizes are multiples of 16 that fit 16 bits, so there is a list for each size and a bit for each
+// list that is not empty: the smallest size that is large enough is found by counting zeros,
+// without a search. A free block keeps its links in its own data.
 #ifndef ZEB_MEMORY_FREE_BLOCKS_H
 #define ZEB_MEMORY_FREE_BLOCKS_H
 
+#include <array>
 #include <cstdint>
-
-#include "util/redblack_tree.h"
 
 namespace zeb {
 
@@ -22,7 +21,7 @@ struct SmallHeader {
 static_assert(sizeof(SmallHeader) == 16);
 
 // The data of a free block.
-struct FreeBlock : redblack_node<FreeBlock> {
+struct FreeBlock {
   FreeBlock* previousOfSize;
   FreeBlock* nextOfSize;
 
@@ -33,26 +32,38 @@ struct FreeBlock : redblack_node<FreeBlock> {
     return *(reinterpret_cast<const SmallHeader*>(this) - 1);
   }
 };
-static_assert(sizeof(FreeBlock) == 48);
 
 class FreeBlocks {
  public:
+  static constexpr uint16_t kSizeStep = 16;
+
   constexpr FreeBlocks() noexcept = default;
 
-  // Takes the smallest free block of at least `size` bytes, or returns null.
+  // Takes the smallest free block of at least `size` bytes, or returns null. Of several the one
+  // added last goes first; the first of its size, which leads the list, goes last.
   FreeBlock* takeBestFit(uint16_t size) noexcept;
 
-  // The block's header already holds its size.
+  // The block's header already holds its size, a multiple of kSizeStep.
   void add(FreeBlock* block) noexcept;
+  // The next one of its size leads in its place.
   void remove(FreeBlock* block) noexcept;
-  void clear() noexcept { bySize_.clear(); }
+  void clear() noexcept;
 
  private:
-  struct BySize {
-    static uint16_t key(const FreeBlock& block) noexcept { return block.header().size; }
-  };
+  static constexpr unsigned kBitsPerWord = 64;
+  static constexpr unsigned kWords = 64;
+  static constexpr unsigned kSizes = kWords * kBitsPerWord;
+  static_assert(kSizes * kSizeStep == 65536, "a list for every size that a header can hold");
 
-  redblack_tree<FreeBlock, BySize> bySize_;
+  [[nodiscard]] static unsigned indexOf(const FreeBlock* block) noexcept {
+    return block->header().size / kSizeStep;
+  }
+  [[nodiscard]] FreeBlock* bestFit(unsigned index) const noexcept;
+  void markEmpty(unsigned index) noexcept;
+
+  uint64_t usedWords_ = 0;                    // a bit for each word of usedSizes_ that is not 0
+  std::array<uint64_t, kWords> usedSizes_{};  // a bit for each size of which there is a block
+  std::array<FreeBlock*, kSizes> firsts_{};
 };
 
 }  // namespace zeb

@@ -7,18 +7,13 @@
 #include <deque>
 
 #include "contract/cache_library.h"
+#include "contract/failure.h"
 
 namespace contract {
 namespace {
 
-enum class Failure { kTheNthAlone, kAllFromTheNth, kByThrowing };
-
 class FailingCache : public CacheTest, public ::testing::WithParamInterface<Failure> {
  protected:
-  void Fail(std::uint64_t nth) {
-    Host::FailAt(nth, GetParam() != Failure::kTheNthAlone, GetParam() == Failure::kByThrowing);
-  }
-
   // `operation(failing)` runs with ever later allocations failing until none does; `check(failed)`
   // follows each run.
   template <class Operation, class Check>
@@ -26,7 +21,7 @@ class FailingCache : public CacheTest, public ::testing::WithParamInterface<Fail
     std::uint64_t nth = 0;
     for (bool failed = true; failed;) {
       SCOPED_TRACE(++nth);
-      Fail(nth);
+      FailAt(GetParam(), nth);
       EXPECT_NO_THROW(operation());
       failed = Host::StopFailing();
       check(failed);
@@ -35,20 +30,7 @@ class FailingCache : public CacheTest, public ::testing::WithParamInterface<Fail
   }
 };
 
-INSTANTIATE_TEST_SUITE_P(Allocations, FailingCache,
-                         ::testing::Values(Failure::kTheNthAlone, Failure::kAllFromTheNth,
-                                           Failure::kByThrowing),
-                         [](const auto& variant) {
-                           switch (variant.param) {
-                             case Failure::kTheNthAlone:
-                               return "TheNthAlone";
-                             case Failure::kAllFromTheNth:
-                               return "AllFromTheNth";
-                             case Failure::kByThrowing:
-                               break;
-                           }
-                           return "ByThrowing";
-                         });
+INSTANTIATE_TEST_SUITE_P(Allocations, FailingCache, kEveryFailure, NameOfFailure);
 
 TEST_P(FailingCache, MakesNoIdentifier) {
   ZEBCacheID* id = nullptr;
@@ -132,7 +114,7 @@ TEST_P(FailingCache, NeedsNoMemoryForAnythingElse) {
   Result other(2);
   ZEBCacheID* id = cache_.NewCacheID();
   ZEBCacheID* unfiled = zeb_.Attached(other);
-  Fail(1);
+  FailAt(GetParam(), 1);
   EXPECT_EQ(cache_.Attach(&id, &result, set, 1, Result::Delete, nullptr), &result);
   cache_.Add(id, 1, nullptr);
   cache_.MarkNoPurge(id, nullptr, 1);

@@ -8,11 +8,10 @@
 #include <vector>
 
 #include "contract/component_library.h"
+#include "contract/failure.h"
 
 namespace contract {
 namespace {
-
-enum class Failure { kTheNthAlone, kAllFromTheNth, kByThrowing };
 
 class FailingContainers : public ComponentTest, public ::testing::WithParamInterface<Failure> {
  protected:
@@ -32,7 +31,7 @@ class FailingContainers : public ComponentTest, public ::testing::WithParamInter
       SCOPED_TRACE(++nth);
       ForgetRecentAtoms(zeb_);
       const std::uint64_t live = Host::LiveBlocks();
-      Host::FailAt(nth, GetParam() != Failure::kTheNthAlone, GetParam() == Failure::kByThrowing);
+      FailAt(GetParam(), nth);
       decltype(operation()) answer{};
       EXPECT_NO_THROW(answer = operation());
       failed = Host::StopFailing();
@@ -70,20 +69,7 @@ class FailingContainers : public ComponentTest, public ::testing::WithParamInter
   ZEBContainer* made_ = nullptr;
 };
 
-INSTANTIATE_TEST_SUITE_P(Allocations, FailingContainers,
-                         ::testing::Values(Failure::kTheNthAlone, Failure::kAllFromTheNth,
-                                           Failure::kByThrowing),
-                         [](const auto& variant) {
-                           switch (variant.param) {
-                             case Failure::kTheNthAlone:
-                               return "TheNthAlone";
-                             case Failure::kAllFromTheNth:
-                               return "AllFromTheNth";
-                             case Failure::kByThrowing:
-                               break;
-                           }
-                           return "ByThrowing";
-                         });
+INSTANTIATE_TEST_SUITE_P(Allocations, FailingContainers, kEveryFailure, NameOfFailure);
 
 TEST_P(FailingContainers, MakeNoFullContainer) {
   ZEBString* instance = zeb_.Name("instance");

@@ -8,19 +8,15 @@
 #include <string>
 #include <utility>
 
+#include "contract/failure.h"
 #include "contract/stream_client.h"
 #include "contract/temporary_folder.h"
 
 namespace contract {
 namespace {
 
-enum class Failure { kTheNthAlone, kAllFromTheNth, kByThrowing };
-
 class FailingStreams : public ClientStreamTest, public ::testing::WithParamInterface<Failure> {
  protected:
-  static void FailFrom(std::uint64_t nth) {
-    Host::FailAt(nth, GetParam() != Failure::kTheNthAlone, GetParam() == Failure::kByThrowing);
-  }
   // `operation()` runs with ever later allocations failing. A failure is told as documented
   // and leaves as many blocks out as there were; the operation takes back what it made.
   template <class Operation>
@@ -31,7 +27,7 @@ class FailingStreams : public ClientStreamTest, public ::testing::WithParamInter
       zeb_.DrainRecycled();
       ForgetRecentAtoms(zeb_);
       const std::uint64_t live = Host::LiveBlocks();
-      FailFrom(nth);
+      FailAt(GetParam(), nth);
       ZEBErrorObject* error = operation();
       failed = Host::StopFailing();
       const std::string outcome = zeb_.Outcome(error);
@@ -64,20 +60,7 @@ class FailingStreams : public ClientStreamTest, public ::testing::WithParamInter
   std::function<void(bool succeeded)> check_ = [this](bool succeeded) { ExpectMade(succeeded); };
 };
 
-INSTANTIATE_TEST_SUITE_P(Allocations, FailingStreams,
-                         ::testing::Values(Failure::kTheNthAlone, Failure::kAllFromTheNth,
-                                           Failure::kByThrowing),
-                         [](const auto& variant) {
-                           switch (variant.param) {
-                             case Failure::kTheNthAlone:
-                               return "TheNthAlone";
-                             case Failure::kAllFromTheNth:
-                               return "AllFromTheNth";
-                             case Failure::kByThrowing:
-                               break;
-                           }
-                           return "ByThrowing";
-                         });
+INSTANTIATE_TEST_SUITE_P(Allocations, FailingStreams, kEveryFailure, NameOfFailure);
 
 TEST_P(FailingStreams, AreNotMadeOverMemory) {
   Sweep([&] { return procs_.factory.NewPositionableMemoryStream(&made_); });
@@ -129,7 +112,7 @@ TEST_P(FailingStreams, AreNotMadeOverOldCallbacks) {
 
 TEST_P(FailingStreams, AreNullToMakersWithoutAnError) {
   for (std::uint64_t nth = 1;; ++nth) {
-    FailFrom(nth);
+    FailAt(GetParam(), nth);
     made_ = procs_.olderMakers.NewExternalStreamV3(&context_, ClientContext::OldRead,
                                                    ClientContext::OldWrite, ClientContext::OldSeek,
                                                    ClientContext::Tell, ClientContext::Release);
@@ -138,7 +121,7 @@ TEST_P(FailingStreams, AreNullToMakersWithoutAnError) {
     if (!failed) break;
   }
   for (std::uint64_t nth = 1;; ++nth) {
-    FailFrom(nth);
+    FailAt(GetParam(), nth);
     made_ = procs_.olderMakers.NewMemoryStreamV2();
     const bool failed = Host::StopFailing();
     ExpectMade(!failed);
@@ -188,7 +171,7 @@ TEST_P(FailingStreams, CanBeWrittenAgain) {
     SCOPED_TRACE(nth);
     stream = NewMemory("0123456789");
     EXPECT_EQ(Seek(stream, 5), kSuccess);
-    FailFrom(nth);
+    FailAt(GetParam(), nth);
     ZEBErrorObject* error = procs_.simple.Write(stream, text.data(), text.size());
     done = !Host::StopFailing();
     const std::string outcome = zeb_.Outcome(error);
@@ -210,7 +193,7 @@ TEST_P(FailingStreams, StayWhereTheyAreWhenTheyCannotGrow) {
     SCOPED_TRACE(nth);
     ZEBContainer* stream = NewMemory("0123456789");
     EXPECT_EQ(Seek(stream, 5), kSuccess);
-    FailFrom(nth);
+    FailAt(GetParam(), nth);
     ZEBErrorObject* error = procs_.positionable.Seek(stream, 1'000'000, 0);
     done = !Host::StopFailing();
     if (zeb_.Outcome(error) != kSuccess) {
@@ -233,7 +216,7 @@ TEST_P(FailingStreams, StayEmptyWhenTheirFirstWriteFails) {
     SCOPED_TRACE(nth);
     ZEBContainer* stream = NewMemory();
     EXPECT_EQ(Seek(stream, 5000), kSuccess);
-    FailFrom(nth);
+    FailAt(GetParam(), nth);
     ZEBErrorObject* error = procs_.simple.Write(stream, "abc", 3);
     done = !Host::StopFailing();
     if (zeb_.Outcome(error) != kSuccess) {
@@ -251,7 +234,7 @@ TEST_P(FailingStreams, StayEmptyWhenTheirFirstWriteFails) {
 TEST_P(FailingStreams, FailWithOutOfMemoryWhenTheirErrorsCannotBeMade) {
   ZEBContainer* buffer = NewBuffer("0123456789");
   ForgetRecentAtoms(zeb_);
-  FailFrom(1);
+  FailAt(GetParam(), 1);
   ZEBErrorObject* error = procs_.positionable.Seek(buffer, 11, 0);
   Host::StopFailing();
   EXPECT_EQ(zeb_.Outcome(error), GetParam() == Failure::kByThrowing ? kUnknownError : kOutOfMemory);

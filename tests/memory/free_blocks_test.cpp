@@ -58,9 +58,7 @@ TEST_F(FreeBlocks, GiveTheSmallestThatIsLargeEnough) {
   EXPECT_EQ(free.takeBestFit(0), nullptr);
 }
 
-// The chain behind the block in the tree goes first, the one added last before the others; the tree
-// is touched only by the last of them.
-TEST_F(FreeBlocks, GiveTheChainOfASizeBeforeTheBlockInTheTree) {
+TEST_F(FreeBlocks, GiveTheLatestOfASizeFirst) {
   const auto added = add(96, 4);
   EXPECT_EQ(free.takeBestFit(96), added[3]);
   EXPECT_EQ(free.takeBestFit(96), added[2]);
@@ -69,7 +67,7 @@ TEST_F(FreeBlocks, GiveTheChainOfASizeBeforeTheBlockInTheTree) {
   EXPECT_EQ(free.takeBestFit(96), nullptr);
 }
 
-TEST_F(FreeBlocks, PutTheFirstOfTheChainInThePlaceOfTheBlockInTheTree) {
+TEST_F(FreeBlocks, PutTheNextOfASizeInThePlaceOfTheFirst) {
   const auto added = add(96, 4);
   add(48, 1);
   add(160, 1);
@@ -80,7 +78,7 @@ TEST_F(FreeBlocks, PutTheFirstOfTheChainInThePlaceOfTheBlockInTheTree) {
   EXPECT_EQ(free.takeBestFit(96)->header().size, 160);
 }
 
-TEST_F(FreeBlocks, LoseAnyMemberOfAChain) {
+TEST_F(FreeBlocks, LoseAnyOneOfASize) {
   for (size_t victim = 0; victim < 4; ++victim) {
     auto left = add(96, 4);
     free.remove(left[victim]);
@@ -98,12 +96,22 @@ TEST_F(FreeBlocks, DoNotMindWhatABlockHeldBefore) {
   FreeBlock* const first = newBlock(96);
   FreeBlock* const second = newBlock(96);
   for (FreeBlock* block : {first, second}) {
-    block->previousOfSize = block->nextOfSize = block->left = block->right = block->parent = block;
+    block->previousOfSize = block->nextOfSize = block;
     free.add(block);
   }
   EXPECT_EQ(free.takeBestFit(96), second);
   EXPECT_EQ(free.takeBestFit(96), first);
   EXPECT_EQ(free.takeBestFit(96), nullptr);
+}
+
+TEST_F(FreeBlocks, GiveWhatFitsHoweverFarItsSizeIs) {
+  FreeBlock* const largest = add(65520, 1)[0];
+  EXPECT_EQ(free.takeBestFit(48), largest);
+  FreeBlock* const beyond = add(1024, 1)[0];
+  add(1008, 1);
+  EXPECT_EQ(free.takeBestFit(1010), beyond);
+  EXPECT_EQ(free.takeBestFit(1024), nullptr);
+  EXPECT_EQ(free.takeBestFit(65535), nullptr);
 }
 
 TEST_F(FreeBlocks, AreForgottenWhenCleared) {
@@ -116,7 +124,7 @@ TEST_F(FreeBlocks, AreForgottenWhenCleared) {
 TEST_F(FreeBlocks, AgreeWithAModelThroughRandomUse) {
   zeb_test::forEachSeed([&](zeb_test::Random& random) {
     free.clear();
-    // The blocks of each size: first the one in the tree, last the one to be taken next.
+    // The blocks of each size: first the one that leads, last the one to be taken next.
     std::map<uint16_t, std::vector<FreeBlock*>> model;
     std::vector<FreeBlock*> spare;
     for (int i = 0; i < 200; ++i) spare.push_back(newBlock(0));
@@ -124,17 +132,18 @@ TEST_F(FreeBlocks, AgreeWithAModelThroughRandomUse) {
 
     const auto forget = [&](FreeBlock* block) {
       auto& chain = model.at(block->header().size);
-      const bool wasInTree = chain.front() == block;
+      const bool wasLeading = chain.front() == block;
       chain.erase(std::find(chain.begin(), chain.end(), block));
-      // The one to be taken next goes into the tree, which makes it the last to be taken.
-      if (wasInTree && !chain.empty()) std::rotate(chain.begin(), chain.end() - 1, chain.end());
+      // The one to be taken next leads, which makes it the last to be taken.
+      if (wasLeading && !chain.empty()) std::rotate(chain.begin(), chain.end() - 1, chain.end());
       if (chain.empty()) model.erase(block->header().size);
       listed.erase(std::find(listed.begin(), listed.end(), block));
       spare.push_back(block);
     };
 
     for (int step = 0; step < 5000; ++step) {
-      const auto size = static_cast<uint16_t>(48 + 16 * random.below(20));
+      const uint64_t sizes = random.below(2) == 0 ? 20 : 4062;
+      const auto size = static_cast<uint16_t>(48 + 16 * random.below(sizes));
       const uint64_t choice = random.below(10);
       if (choice < 5 && !spare.empty()) {
         FreeBlock* block = spare.back();

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -74,18 +75,12 @@ class PageWalk {
 
  private:
   struct Links {
-    const Byte* left;
-    const Byte* right;
-    const Byte* parent;
-    uint32_t colour;
     const Byte* previousOfSize;
     const Byte* nextOfSize;
   };
 
   static Links linksOf(const Byte* data) {
-    return {wordAt<const Byte*>(data),      wordAt<const Byte*>(data + 8),
-            wordAt<const Byte*>(data + 16), wordAt<uint32_t>(data + 24),
-            wordAt<const Byte*>(data + 32), wordAt<const Byte*>(data + 40)};
+    return {wordAt<const Byte*>(data), wordAt<const Byte*>(data + 8)};
   }
 
   void expect(bool holds, const char* fault, const Byte* where) {
@@ -117,44 +112,27 @@ class PageWalk {
     expect(wordAt<uint16_t>(data - 16) == previousSize, "the end header is wrong", data);
   }
 
-  // Every free block must be in the one tree of sizes or in a chain of it, and nothing else is.
+  // Every free block must be in the one list of its size, and nothing else is.
   void checkFreeLinks() {
     std::vector<const Byte*> listed;
-    const Byte* root = nullptr;
+    std::set<uint64_t> sizes;
     for (const Block& block : blocks) {
       if (!block.free || linksOf(block.data).previousOfSize != nullptr) continue;
-      if (linksOf(block.data).parent != nullptr) continue;
-      expect(root == nullptr, "a second root", block.data);
-      root = block.data;
+      expect(sizes.insert(block.size).second, "a second list of this size", block.data);
+      collectList(block.data, listed);
     }
-    if (root != nullptr) collect(root, listed, 0);
     std::vector<const Byte*> free;
     for (const Block& block : blocks) {
       if (block.free) free.push_back(block.data);
     }
     std::sort(listed.begin(), listed.end());
-    expect(listed == free, "the free blocks are not those that the tree leads to", root);
+    expect(listed == free, "the free blocks are not those that are listed", nullptr);
   }
 
-  void collect(const Byte* node, std::vector<const Byte*>& listed, int depth) {
-    if (node == nullptr || depth > 64) return;
-    const Links links = linksOf(node);
-    expect(links.colour <= 1, "no colour", node);
-    for (const Byte* child : {links.left, links.right}) {
-      if (child != nullptr) expect(linksOf(child).parent == node, "wrong parent", child);
-    }
-    if (links.left != nullptr) expect(sizeOf(links.left) < sizeOf(node), "out of order", node);
-    if (links.right != nullptr) expect(sizeOf(links.right) > sizeOf(node), "out of order", node);
-    collect(links.left, listed, depth + 1);
-    listed.push_back(node);
-    collectChain(node, listed);
-    collect(links.right, listed, depth + 1);
-  }
-
-  void collectChain(const Byte* node, std::vector<const Byte*>& listed) {
-    const Byte* previous = node;
-    for (const Byte* at = linksOf(node).nextOfSize; at != nullptr; at = linksOf(at).nextOfSize) {
-      expect(sizeOf(at) == sizeOf(node), "another size in the chain", at);
+  void collectList(const Byte* first, std::vector<const Byte*>& listed) {
+    const Byte* previous = nullptr;
+    for (const Byte* at = first; at != nullptr; at = linksOf(at).nextOfSize) {
+      expect(sizeOf(at) == sizeOf(first), "another size in the list", at);
       expect(linksOf(at).previousOfSize == previous, "wrong link back", at);
       if (listed.size() > blocks.size()) return;
       listed.push_back(at);

@@ -52,18 +52,13 @@ TEST_F(PooledHeap, MarksAFreedFirstBlockWithTheFreeBitAlone) {
 TEST_F(PooledHeap, KeepsTheLinksOfAFreeBlockInItsData) {
   const auto blocks = freeBlocks({96, 96, 96});
   useUpTheRest();
-  for (Byte* block : blocks) free(block);  // the only free ones now; the first is the tree
-  Byte* const node = blocks[0];
-  EXPECT_EQ(wordAt<Byte*>(node), nullptr);         // left
-  EXPECT_EQ(wordAt<Byte*>(node + 8), nullptr);     // right
-  EXPECT_EQ(wordAt<Byte*>(node + 16), nullptr);    // parent
-  EXPECT_EQ(wordAt<uint32_t>(node + 24), 1u);      // black
-  EXPECT_EQ(wordAt<Byte*>(node + 32), nullptr);    // previous of its size
-  EXPECT_EQ(wordAt<Byte*>(node + 40), blocks[2]);  // next of its size: the one freed last
-  EXPECT_EQ(wordAt<Byte*>(blocks[2] + 32), node);
-  EXPECT_EQ(wordAt<Byte*>(blocks[2] + 40), blocks[1]);
-  EXPECT_EQ(wordAt<Byte*>(blocks[1] + 32), blocks[2]);
-  EXPECT_EQ(wordAt<Byte*>(blocks[1] + 40), nullptr);
+  for (Byte* block : blocks) free(block);  // the only free ones now; the first leads their list
+  EXPECT_EQ(wordAt<Byte*>(blocks[0]), nullptr);        // previous of its size
+  EXPECT_EQ(wordAt<Byte*>(blocks[0] + 8), blocks[2]);  // next of its size: the one freed last
+  EXPECT_EQ(wordAt<Byte*>(blocks[2]), blocks[0]);
+  EXPECT_EQ(wordAt<Byte*>(blocks[2] + 8), blocks[1]);
+  EXPECT_EQ(wordAt<Byte*>(blocks[1]), blocks[2]);
+  EXPECT_EQ(wordAt<Byte*>(blocks[1] + 8), nullptr);
 }
 
 TEST_F(PooledHeap, LaysALargeBlockOutByteForByte) {
