@@ -12,7 +12,8 @@ The headers' comments are plain ones. Here they become Doxygen's, under these ru
   which Doxygen refuses when it leads nowhere.
 - Lists, tables and examples in comments are set as such; everything else in them is plain text.
 - What follows from the declaration alone is said here and not in every header: the structs of procs
-  and their members, the rows, the interfaces' names; what is deleted, copied or moved.
+  and their members, the rows, the interfaces' names; what is deleted, moved or overridden; an overload
+  right after one that has a comment; read, which throws what tryRead answers.
 
 A Markdown page passes through too: links to what is not on the pages of the documentation become
 plain text, and the titles of the guide's files leave the fences.
@@ -23,16 +24,16 @@ import re
 import sys
 
 TOP = pathlib.Path(__file__).resolve().parent.parent
-TAGS = {"any-thread", "one-owner", "frame-thread", "calls-host"}
-TAG = re.compile(r"\[(%s)\]" % "|".join(TAGS))
 TOKEN = re.compile(
     r"`[^`]*`"                                      # code
     r"|\"[^\"\s]*\""                                # a text or a registered name
     r"|\[(?:any-thread|one-owner|frame-thread|calls-host)\]"
     r"|\b(?:zeb/)?(?:sdk/)?\w+\.(?:hpp|h)\b"        # a header
     r"|\bZEB\w*_\.\.\.|\bZEB\w+|\bZeb\w+"           # a name of the interface
-    r"|[\\@<>#%&*$]"                              # what Doxygen or Markdown would take for theirs
+    r"|[\\@<>#%&*$]"                                # what Doxygen or Markdown would take for theirs
 )
+FUNCTION = re.compile(r"^ *(?:\[\[nodiscard\]\] |static |inline |explicit )*"
+                      r"(?:[\w:<>&*, ]+?[ &*])?(\w+)\(")
 HEADING = re.compile(r"^(//|/\*) ---")
 ROW = re.compile(r"^(\"[^\"]+\"|[^\s\"][^\"]{0,30}?)  +\S")
 CODE = re.compile(r";( *//.*)?$|[{}]|-->")
@@ -186,6 +187,18 @@ def split_comment(text, inside):
 SCOPE = re.compile(r"(?:^|\s)(?:namespace|class|struct|union|enum)\b|extern \"C\"")
 
 
+def kind_of(head):
+    """What the brace after this text opens: a namespace ("file"), a class ("scope") or a body."""
+    head = re.sub(r"^\s*template\s*<.*?>\s*(?=class|struct|union|requires|\[\[|\w)", "", head,
+                  flags=re.DOTALL)
+    if "requires" in head:
+        head = re.sub(r"^.*\brequires\b.*?(?=\b(?:class|struct)\b|$)", "", head, flags=re.DOTALL)
+    without_bases = re.sub(r"\[\[.*?\]\]|:.*", "", head, flags=re.DOTALL)
+    if not SCOPE.search(head) or re.search(r"[()=]", without_bases):
+        return "body"
+    return "file" if re.search(r"\bnamespace\b|extern", head) else "scope"
+
+
 def read(text):
     """The lines of a header, with what stands in a function's body marked."""
     lines = [Line(line) for line in text.split("\n")]
@@ -207,14 +220,7 @@ def read(text):
                       lambda found: '"C"' if found.group(0) == '"C"' else '""', line.code)
         for character in bare + "\n":
             if character == "{":
-                head = re.sub(r"^\s*template\s*<.*?>\s*(?=class|struct|union|requires|\[\[|\w)", "",
-                              statement, flags=re.DOTALL)
-                head = re.sub(r"^.*\brequires\b.*?(?=\b(?:class|struct)\b|$)", "", head,
-                              flags=re.DOTALL) if "requires" in head else head
-                is_scope = SCOPE.search(head) and not re.search(r"[()=]", re.sub(
-                    r"\[\[.*?\]\]|:.*", "", head, flags=re.DOTALL))
-                is_file = is_scope and re.search(r"\bnamespace\b|extern", head)
-                scopes.append("file" if is_file else "scope" if is_scope else "body")
+                scopes.append(kind_of(statement))
                 statement = ""
             elif character == "}":
                 if scopes:
@@ -240,7 +246,8 @@ SELF_EVIDENT = [
      "Takes over what the other one holds; what this one held ends with one of the two."),
     (re.compile(r"^\s*using Base = "), "The base class."),
     (re.compile(r"^\s*.*\) (?:const |noexcept )*override\b"), "As the base class has it."),
-    (re.compile(r"^\s*\[\[nodiscard\]\] \w+ share\(\) const"), "A second owner of the same object."),
+    (re.compile(r"^\s*\[\[nodiscard\]\] \w+ share\(\) const"),
+     "A second owner of the same object."),
     (re.compile(r"^#define (?P<name>ZEB_\w+)_INTERFACE \""), "The name of the interface."),
     (re.compile(r"^#define (?P<name>ZEB_\w+)_OLDER_PROCS\("),
      "The interface's older procs, kept for clients built against them, as rows of member, method "
@@ -291,6 +298,8 @@ def stripped(comment):
 
 
 class Header:
+    """A header whose comments become Doxygen's."""
+
     def __init__(self, text, in_c):
         self.text = text
         self.lines = read(text)
@@ -351,6 +360,8 @@ class Header:
         set_lines = Setting(texts).set()
         if addition:
             set_lines[0] = f"{addition} @details {set_lines[0]}"
+        if prefix.endswith("<") and re.match(r"[a-z]+\b", set_lines[0]):
+            set_lines[0] = set_lines[0][0].upper() + set_lines[0][1:]
         set_lines[0] = prefix + " " + set_lines[0]
         set_lines[-1] += " */"
         for i, text in zip(range(begin, end), set_lines):
@@ -427,7 +438,8 @@ class Header:
                 continue
             end = self.block_end(i)
             if first:
-                self.write_comment(i, end, "/** @file\n")
+                self.write_comment(i, end, "/**")
+                self.done[end - 1] = self.done[end - 1].removesuffix("*/") + "@file */"
                 first = False
             elif not HEADING.match(line.comment) and not line.body and "NOLINT" not in line.text:
                 target = end
@@ -480,8 +492,7 @@ class Header:
         """The name of the function that is declared from line i on, or none."""
         while self.lines[i].code.lstrip().startswith(("template ", "requires ")):
             i += 1
-        found = re.match(r"^ *(?:\[\[nodiscard\]\] |static |inline |explicit )*(?:[\w:<>&*, ]+?[ &*])?(\w+)\(",
-                         self.lines[i].code)
+        found = FUNCTION.match(self.lines[i].code)
         return found.group(1) if found else None
 
     def in_both_forms(self, i, documented):
@@ -509,6 +520,7 @@ class Header:
 # --- Pages --------------------------------------------------------------------------------------
 
 def page(path, text):
+    """A Markdown page: what Doxygen would not find, or not understand."""
     text = re.sub(r"^<!--.*?-->\n", "", text)
     text = re.sub(r"^# (.*)$", lambda found: f"# {found.group(1)} {{#{name_of(path)}}}", text,
                   count=1, flags=re.MULTILINE)
@@ -541,7 +553,8 @@ def linked(text, path):
             return match.group(0)
         file = (path.parent / target.split("#")[0]).resolve()
         if is_shown(file) or not file.exists():
-            return f'@ref {name_of(file)} "{label}"'
+            name = "index" if file == TOP / "README.md" else name_of(file)
+            return f'@ref {name} "{label}"'
         return label
     return re.sub(r"\[([^\]]+)\]\(([^)\s]+)\)", link, text)
 

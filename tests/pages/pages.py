@@ -54,7 +54,8 @@ COMMANDS = {
     ("examples/copy/README.md", "Run it", "sh"): BUILT,
     ("examples/copy/README.md", "Run it", "sh", 2): BUILT,
     ("examples/thumbnails/README.md", "Thumbnails: pictures kept in the cache, written through "
-     "filters", "sh"): [("thumbnails FOLDER...", "{build}/examples/thumbnails/thumbnails Pictures")],
+     "filters", "sh"): [
+         ("thumbnails FOLDER...", "{build}/examples/thumbnails/thumbnails Pictures")],
     ("examples/thumbnails/README.md", "Run it", "sh"): BUILT,
     ("examples/thumbnails/README.md", "Run it", "sh", 2): BUILT + [("~/Pictures", "Pictures")],
 }

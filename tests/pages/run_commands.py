@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """run_commands.py <page> <build> <prefix> <folder>: runs the commands that a page shows.
 
-What is run is what stands on the page, but for the substitutions of pages.py: a path of the reader's
-becomes one of the test's. The files that the page takes for granted are made first. Every command
-has to succeed.
+What is run is what stands on the page, but for the substitutions of pages.py: a path of the
+reader's becomes one of the test's. The files that the page takes for granted are made first. Every
+command has to succeed.
 """
 
 import json
