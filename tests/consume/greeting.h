@@ -9,7 +9,4 @@
 /* The greeting as an atom; the caller owns one reference. */
 typedef ZEBString* (*GreetingProc)(void);
 
-/* Exported by the module: publishes its interface; 1 on success. */
-typedef int32_t (*StartModule)(ZEBGetProcAddress find);
-
 #endif

@@ -5,6 +5,7 @@
  */
 #include <dlfcn.h>
 #include <stdio.h>
+#include <zeb/sdk/module_entry.h>
 
 #include "greeting.h"
 
@@ -14,21 +15,28 @@ static void* load(const char* path) {
   return object;
 }
 
-static int greet(ZEBGetProcAddress find, const char* modulePath) {
+static int greet(ZEBGetProcAddress find) {
   ZEBStringProcs strings;
-  void* module = load(modulePath);
-  if (!module || !ZEBFetchStringProcs(find, &strings)) return 1;
-
-  StartModule start;
-  *(void**)&start = dlsym(module, "startModule");
-  if (!start || !start(find)) return 1;
-
+  if (!ZEBFetchStringProcs(find, &strings)) return 1;
   GreetingProc greeting = (GreetingProc)find(GREETING_INTERFACE, "Greeting", "GreetingProc");
   if (!greeting) return 1;
   ZEBString* text = greeting();
   puts(strings.GetCString(text));
   strings.DeleteStringAtom(text);
   return 0;
+}
+
+static int greetWith(ZEBGetProcAddress find, const char* modulePath) {
+  void* module = load(modulePath);
+  if (!module) return 1;
+  ZEBModuleStartFunction start;
+  ZEBModuleStopFunction stop;
+  *(void**)&start = dlsym(module, ZEB_MODULE_START);
+  *(void**)&stop = dlsym(module, ZEB_MODULE_STOP);
+  if (!start || !stop || !start(find)) return 1;
+  const int failed = greet(find);
+  stop();
+  return failed || find(GREETING_INTERFACE, "Greeting", "GreetingProc");
 }
 
 int main(int argc, char** argv) {
@@ -48,7 +56,7 @@ int main(int argc, char** argv) {
 #endif
   ZEBGetProcAddress find = start(NULL, NULL, NULL);
   if (!find) return 1;
-  const int failed = greet(find, argv[1]);
+  const int failed = greetWith(find, argv[1]);
   stop();
   return failed;
 }

@@ -32,7 +32,8 @@ def main():
     folder.mkdir(parents=True)
     environment = dict(os.environ, CMAKE_PREFIX_PATH=str(prefix), LC_ALL="C.UTF-8",
                        PKG_CONFIG_PATH=str(prefix / "lib/pkgconfig"),
-                       LD_LIBRARY_PATH=str(prefix / "lib"), CMAKE_GENERATOR="Ninja")
+                       LD_LIBRARY_PATH=str(prefix / "lib"),
+                       PATH=f"{prefix / 'bin'}{os.pathsep}{os.environ['PATH']}", CMAKE_GENERATOR="Ninja")
     checked = 0
     printed = None
     for language, title, text in FENCE.findall(page.read_text(encoding="utf-8")):

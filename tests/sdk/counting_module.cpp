@@ -3,6 +3,7 @@
 
 #include "zeb/sdk/client_start.hpp"
 #include "zeb/sdk/event_counter.hpp"
+#include "zeb/sdk/module_entry.h"
 
 namespace {
 
@@ -10,17 +11,13 @@ zeb::sdk::EventCounter counter(COUNTING_MODULE_EVENT, 30);
 
 }  // namespace
 
-#define EXPORTED extern "C" __attribute__((visibility("default")))
-
-EXPORTED int32_t startModule(ZEBGetProcAddress getProcAddress);
-EXPORTED void stopModule();
-EXPORTED void signalModule(uint64_t amount);
-EXPORTED uint32_t countModuleObjects();
-
-int32_t startModule(ZEBGetProcAddress getProcAddress) {
-  return zeb::sdk::startClient(getProcAddress) ? 1 : 0;
+extern "C" {
+ZEB_MODULE_EXPORT void signalModule(uint64_t amount);
+ZEB_MODULE_EXPORT uint32_t countModuleObjects();
 }
-void stopModule() { zeb::sdk::stopClient(); }
+
+int32_t ZEBModuleStart(ZEBGetProcAddress find) { return zeb::sdk::startClient(find) ? 1 : 0; }
+void ZEBModuleStop() { zeb::sdk::stopClient(); }
 void signalModule(uint64_t amount) { counter.signal(amount); }
 
 uint32_t countModuleObjects() {

@@ -1,10 +1,8 @@
-// What the counting module exports.
+// What the counting module exports besides its start and stop.
 #ifndef ZEB_TESTS_SDK_COUNTING_MODULE_H
 #define ZEB_TESTS_SDK_COUNTING_MODULE_H
 
 #include <stdint.h>
-
-#include "zeb/types.h"
 
 #ifdef __cplusplus
 extern "C" {
@@ -12,8 +10,6 @@ extern "C" {
 
 #define COUNTING_MODULE_EVENT "the module's event"
 
-typedef int32_t (*CountingModuleStart)(ZEBGetProcAddress getProcAddress);
-typedef void (*CountingModuleStop)(void);
 typedef void (*CountingModuleSignal)(uint64_t amount);
 /* The objects on the module's lazy list. */
 typedef uint32_t (*CountingModuleObjects)(void);

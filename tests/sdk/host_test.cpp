@@ -16,6 +16,7 @@
 #include "zeb/sdk/client_start.hpp"
 #include "zeb/sdk/event_accumulator.hpp"
 #include "zeb/sdk/event_counter.hpp"
+#include "zeb/sdk/module_entry.h"
 
 namespace sdk_test {
 namespace {
@@ -61,8 +62,10 @@ class CountingModule {
   void* const handle_ = Load();
 
  public:
-  const CountingModuleStart start = contract::Exported<CountingModuleStart>(handle_, "startModule");
-  const CountingModuleStop stop = contract::Exported<CountingModuleStop>(handle_, "stopModule");
+  const ZEBModuleStartFunction start =
+      contract::Exported<ZEBModuleStartFunction>(handle_, ZEB_MODULE_START);
+  const ZEBModuleStopFunction stop =
+      contract::Exported<ZEBModuleStopFunction>(handle_, ZEB_MODULE_STOP);
   const CountingModuleSignal signal =
       contract::Exported<CountingModuleSignal>(handle_, "signalModule");
   const CountingModuleObjects objects =

@@ -38,7 +38,7 @@ TEST_F(Blocks, ResizingKeepsWhatFits) {
 }
 
 TEST_F(Blocks, ImpossibleSizeLeavesTheBlock) {
-  constexpr uint64_t impossible = uint64_t{1} << 62;
+  constexpr uint64_t impossible = std::numeric_limits<uint64_t>::max();
   EXPECT_THROW((void)sdk::Block::make(impossible), std::bad_alloc);
   sdk::Block block = sdk::Block::make(5);
   void* before = block.get();

@@ -215,7 +215,8 @@ class ZebinfoTest(unittest.TestCase):
 
     def test_starts_a_module_by_other_entry_points(self):
         file = module("publishing_elsewhere")
-        document = self.document("--entry", "Elsewhere", "--module", file)
+        document = self.document("--start", "ElsewhereStart", "--stop", "ElsewhereStop",
+                                 "--module", file)
         self.assertEqual(document["modules"], [{"file": file, "started": True, "problem": None}])
 
     def broken(self, file, problem):
@@ -232,7 +233,7 @@ class ZebinfoTest(unittest.TestCase):
 
     def test_tells_that_a_file_is_no_module(self):
         self.broken(module("plain"),
-                    r"\Adoes not export ExampleModuleStart and ExampleModuleStop\Z")
+                    r"\Adoes not export ZEBModuleStart and ZEBModuleStop\Z")
 
     def test_tells_that_a_file_is_no_shared_object(self):
         with tempfile.NamedTemporaryFile() as file:
@@ -244,10 +245,10 @@ class ZebinfoTest(unittest.TestCase):
         self.broken("./no-such-module.so", r"\Acannot be loaded: cannot open shared object file")
 
     def test_tells_why_a_module_does_not_start(self):
-        self.broken(module("refusing"), r"\Adid not start: no licence found\Z")
+        self.broken(module("refusing"), r"\Arefused to start: no licence found\Z")
 
     def test_survives_an_exception_of_a_module(self):
-        self.broken(module("throwing"), r"\Athrown by the module\Z")
+        self.broken(module("throwing"), r"\Arefused to start: thrown by the module\Z")
 
     def test_tells_what_a_module_did_not_give_back(self):
         # The tool's own verdict is wanted here, not that of a leak sanitizer.
@@ -285,7 +286,7 @@ class ZebinfoTest(unittest.TestCase):
     # --- the rest -------------------------------------------------------------------------------
 
     def test_refuses_a_missing_library(self):
-        self.fail_with(3, "cannot load ./no-such-library.so: cannot open shared object file",
+        self.fail_with(3, "./no-such-library.so cannot be loaded: cannot open shared object file",
                        "--library", "./no-such-library.so")
 
     def test_refuses_another_library(self):

@@ -5,7 +5,7 @@
 
 #include "failure.h"
 #include "report_log.h"
-#include "text.h"
+#include "zeb/sdk/shared_object.hpp"
 
 namespace zebinfo {
 
@@ -24,16 +24,23 @@ struct Exports {
 Exports linkedExports() { return {&ZEBGetVersion, &ZEBInitialize4, &ZEBTerminate}; }
 
 template <class Function>
-Function required(void* file, const std::string& path, const char* name) {
-  void* symbol = dlsym(file, name);
-  if (symbol == nullptr) refuse(fmt::format("{} is not libzeb: it does not export {}", path, name));
-  return reinterpret_cast<Function>(symbol);
+Function required(const zeb::sdk::SharedObject& file, const std::string& path, const char* name) {
+  const auto function = file.find<Function>(name);
+  if (function == nullptr)
+    refuse(fmt::format("{} is not libzeb: it does not export {}", path, name));
+  return function;
 }
 
-// The file stays loaded until the process ends.
+zeb::sdk::SharedObject loaded(const std::string& path) {
+  try {
+    return zeb::sdk::SharedObject(path);
+  } catch (const zeb::sdk::LoadFailure& failure) {
+    refuse(failure.what());
+  }
+}
+
 Exports loadedExports(const std::string& path) {
-  void* file = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (file == nullptr) refuse(fmt::format("cannot load {}: {}", path, loaderReason(path)));
+  const zeb::sdk::SharedObject file = loaded(path);
   return {required<ZEBGetVersionFunction>(file, path, "ZEBGetVersion"),
           required<ZEBInitialize4Function>(file, path, "ZEBInitialize4"),
           required<ZEBTerminateFunction>(file, path, "ZEBTerminate")};

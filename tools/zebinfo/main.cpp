@@ -32,7 +32,7 @@ ExitStatus either(ExitStatus first, ExitStatus second) {
 std::vector<Module> startModules(const Options& options, const Library& library) {
   std::vector<Module> modules;
   for (const std::string& file : options.modules) {
-    modules.emplace_back(file, options.entry, library.getProcAddress());
+    modules.emplace_back(file, options.entryNames, library.getProcAddress());
   }
   return modules;
 }

@@ -9,9 +9,13 @@ namespace zebinfo {
 namespace {
 
 constexpr const char* kFooter =
-    "A module is a shared object that exports two C functions; NAME is what --entry says:\n"
-    "  int32_t NAMEStart(ZEBGetProcAddress getProcAddress)   1 if it runs now, else 0\n"
-    "  void NAMEStop(void)                                   called at the end if it runs\n"
+    "A module is a shared object that exports two C functions (zeb/sdk/module_entry.h); --start "
+    "and\n"
+    "--stop name those of another convention:\n"
+    "  int32_t " ZEB_MODULE_START
+    "(ZEBGetProcAddress find)   1 if it runs now, else 0\n"
+    "  void " ZEB_MODULE_STOP
+    "(void)                         called at the end if it runs\n"
     "Modules are started in the order in which they are given and stopped in the reverse order.\n"
     "\n"
     "Exit status, the first that applies:\n"
@@ -50,7 +54,10 @@ std::optional<Options> parseOptions(int argc, char** argv, int* exitStatus) {
       ->type_name("FILE")
       ->expected(1)
       ->take_all();
-  app.add_option("--entry", options.entry, "Beginning of the names of a module's entry points")
+  app.add_option("--start", options.entryNames.start, "Function that starts a module")
+      ->type_name("NAME")
+      ->capture_default_str();
+  app.add_option("--stop", options.entryNames.stop, "Function that stops a module")
       ->type_name("NAME")
       ->capture_default_str();
   app.add_flag("--atoms", options.atoms, "Show every live atom as well");

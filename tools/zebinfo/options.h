@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "module.h"
+
 namespace zebinfo {
 
 // The three names of --exists.
@@ -18,7 +20,7 @@ struct ProcNames {
 struct Options {
   std::string library;  // empty: the one that zebinfo is linked with
   std::vector<std::string> modules;
-  std::string entry = "ExampleModule";
+  EntryNames entryNames;
   bool atoms = false;
   bool json = false;
   std::optional<ProcNames> exists;

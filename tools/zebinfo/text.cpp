@@ -1,6 +1,5 @@
 #include "text.h"
 
-#include <dlfcn.h>
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -74,14 +73,6 @@ std::size_t characters(std::string_view text) {
   return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char byte) {
     return !continues(static_cast<unsigned char>(byte));
   }));
-}
-
-std::string loaderReason(const std::string& path) {
-  const char* const text = dlerror();
-  std::string reason = text != nullptr ? text : "unknown reason";
-  const std::string prefix = path + ": ";
-  if (reason.starts_with(prefix)) reason.erase(0, prefix.size());
-  return reason;
 }
 
 }  // namespace zebinfo

@@ -18,9 +18,6 @@ std::string jsonQuoted(std::string_view text);
 // How many characters a UTF-8 text has.
 std::size_t characters(std::string_view text);
 
-// The loader's last complaint, without the path that it puts in front of it.
-std::string loaderReason(const std::string& path);
-
 }  // namespace zebinfo
 
 #endif

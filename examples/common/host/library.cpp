@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <stdexcept>
 #include <string>
 
 #include "common/host/counting_allocator.h"
@@ -18,17 +17,17 @@ constexpr uint32_t majorOf(uint32_t version) { return version >> 16; }
   throw Failure(ExitStatus::badLibrary, reason);
 }
 
-SharedObject load(const std::filesystem::path& path, bool keepMapped) {
+zeb::sdk::SharedObject load(const std::filesystem::path& path, zeb::sdk::Unload unload) {
   try {
-    return {path, keepMapped};
-  } catch (const std::runtime_error& error) {
-    refuse(fmt::format("cannot load the library {}: {}", path.string(), error.what()));
+    return zeb::sdk::SharedObject(path.string(), unload);
+  } catch (const zeb::sdk::LoadFailure& failure) {
+    refuse(fmt::format("cannot load the library {}: {}", path.string(), failure.reason()));
   }
 }
 
 template <class Function>
-Function required(const SharedObject& object, const char* name) {
-  const auto function = object.find<Function>(name);
+Function required(const zeb::sdk::SharedObject& file, const char* name) {
+  const auto function = file.find<Function>(name);
   if (function == nullptr)
     refuse(fmt::format("this is not the library: it does not export {}", name));
   return function;
@@ -36,17 +35,17 @@ Function required(const SharedObject& object, const char* name) {
 
 }  // namespace
 
-Library::Library(const std::filesystem::path& path, uint32_t unregisterCountStart, bool keepMapped,
-                 ZEBPurgeRequest purgeRequest)
-    : object_(load(path, keepMapped)),
-      terminate_(required<ZEBTerminateFunction>(object_, "ZEBTerminate")),
-      version_(required<ZEBGetVersionFunction>(object_, "ZEBGetVersion")()) {
+Library::Library(const std::filesystem::path& path, uint32_t unregisterCountStart,
+                 zeb::sdk::Unload unload, ZEBPurgeRequest purgeRequest)
+    : file_(load(path, unload)),
+      terminate_(required<ZEBTerminateFunction>(file_, "ZEBTerminate")),
+      version_(required<ZEBGetVersionFunction>(file_, "ZEBGetVersion")()) {
   if (majorOf(version_) != majorOf(ZEB_VERSION)) {
     refuse(fmt::format("the library is of major version {}, but {} is needed", majorOf(version_),
                        majorOf(ZEB_VERSION)));
   }
 
-  const auto initialize = required<ZEBInitialize4Function>(object_, "ZEBInitialize4");
+  const auto initialize = required<ZEBInitialize4Function>(file_, "ZEBInitialize4");
   // The allocators may be called by several threads, so the library may as well.
   const ZEBGetProcAddress getProcAddress =
       initialize(countingPageAlloc, countingPageFree, countingAlloc, countingRealloc, countingFree,

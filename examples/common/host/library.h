@@ -6,9 +6,9 @@
 #include <filesystem>
 #include <optional>
 
-#include "common/host/shared_object.h"
 #include "common/support/services.h"
 #include "zeb/exports.h"
+#include "zeb/sdk/shared_object.hpp"
 
 namespace examples {
 
@@ -17,7 +17,7 @@ class Library {
   // Loads the file and starts the library on the host's counting allocators and error log. Without
   // a purge request the library purges its cache itself. Throws Failure if that is not possible or
   // the library is of another major version.
-  Library(const std::filesystem::path& path, uint32_t unregisterCountStart, bool keepMapped,
+  Library(const std::filesystem::path& path, uint32_t unregisterCountStart, zeb::sdk::Unload unload,
           ZEBPurgeRequest purgeRequest = nullptr);
   ~Library();
 
@@ -32,7 +32,7 @@ class Library {
   [[nodiscard]] uint32_t version() const noexcept { return version_; }
 
  private:
-  SharedObject object_;
+  zeb::sdk::SharedObject file_;
   ZEBTerminateFunction terminate_;
   uint32_t version_;
   bool running_ = false;

@@ -4,7 +4,6 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
-#include <stdexcept>
 #include <system_error>
 
 #include "common/host/error_log.h"
@@ -26,21 +25,15 @@ std::vector<std::filesystem::path> filesOf(const std::filesystem::path& folder) 
   return files;
 }
 
-Module::Module(const std::filesystem::path& path, ZEBGetProcAddress getProcAddress, bool keepMapped)
-    : path_(path),
-      object_(path, keepMapped),
-      stop_(object_.find<ExampleModuleStopFunction>(EXAMPLE_MODULE_STOP)) {
-  const auto start = object_.find<ExampleModuleStartFunction>(EXAMPLE_MODULE_START);
-  if (start == nullptr || stop_ == nullptr) {
-    throw std::runtime_error("does not export " EXAMPLE_MODULE_START " and " EXAMPLE_MODULE_STOP);
-  }
-  if (start(getProcAddress) == 0) {
-    throw std::runtime_error(
-        fmt::format("did not want to start: {}", fmt::join(takeErrorLog(), "; ")));
-  }
+namespace {
+
+// A module that refuses has told the error log why.
+std::string problemOf(const zeb::sdk::ModuleFailure& failure) {
+  if (failure.kind() != zeb::sdk::ModuleFailure::Kind::refused) return failure.reason();
+  return fmt::format("{}: {}", failure.reason(), fmt::join(takeErrorLog(), "; "));
 }
 
-Module::~Module() { stop_(); }
+}  // namespace
 
 std::vector<LoadOutcome> ModuleLoader::loadFolder(const std::filesystem::path& folder) {
   std::vector<LoadOutcome> outcomes;
@@ -51,9 +44,9 @@ std::vector<LoadOutcome> ModuleLoader::loadFolder(const std::filesystem::path& f
 LoadOutcome ModuleLoader::loadFile(const std::filesystem::path& path) {
   LoadOutcome outcome{path.filename().string(), {}};
   try {
-    modules_.emplace_back(path, getProcAddress_, keepMapped_);
-  } catch (const std::runtime_error& error) {
-    outcome.problem = error.what();
+    modules_.emplace_back(path, getProcAddress_, unload_);
+  } catch (const zeb::sdk::ModuleFailure& failure) {
+    outcome.problem = problemOf(failure);
   }
   return outcome;
 }

@@ -7,8 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "common/host/shared_object.h"
-#include "common/module.h"
+#include "zeb/sdk/loaded_module.hpp"
 
 namespace examples {
 
@@ -18,12 +17,10 @@ std::vector<std::filesystem::path> filesOf(const std::filesystem::path& folder);
 // A started module. It stops when this object goes, and then its file is unloaded.
 class Module {
  public:
-  // Throws std::runtime_error if the file is not a module or does not want to start.
-  Module(const std::filesystem::path& path, ZEBGetProcAddress getProcAddress, bool keepMapped);
-  ~Module();
-
-  Module(const Module&) = delete;
-  Module& operator=(const Module&) = delete;
+  // Throws zeb::sdk::ModuleFailure if the file is not a module or does not want to start.
+  Module(const std::filesystem::path& path, ZEBGetProcAddress getProcAddress,
+         zeb::sdk::Unload unload)
+      : path_(path), running_(path.string(), getProcAddress, {.unload = unload}) {}
 
   // The file's name: modules of the same name stand in for each other.
   [[nodiscard]] std::string name() const { return path_.filename().string(); }
@@ -31,8 +28,7 @@ class Module {
 
  private:
   std::filesystem::path path_;
-  SharedObject object_;
-  ExampleModuleStopFunction stop_;
+  zeb::sdk::LoadedModule running_;
 };
 
 // What became of one file.
@@ -44,8 +40,8 @@ struct LoadOutcome {
 // All running modules. The library must outlive them.
 class ModuleLoader {
  public:
-  ModuleLoader(ZEBGetProcAddress getProcAddress, bool keepMapped)
-      : getProcAddress_(getProcAddress), keepMapped_(keepMapped) {}
+  ModuleLoader(ZEBGetProcAddress getProcAddress, zeb::sdk::Unload unload)
+      : getProcAddress_(getProcAddress), unload_(unload) {}
   ~ModuleLoader() { unloadAll(); }
 
   ModuleLoader(const ModuleLoader&) = delete;
@@ -67,7 +63,7 @@ class ModuleLoader {
   LoadOutcome loadFile(const std::filesystem::path& path);
 
   ZEBGetProcAddress getProcAddress_;
-  bool keepMapped_;
+  zeb::sdk::Unload unload_;
   std::list<Module> modules_;
 };
 

@@ -13,20 +13,6 @@ class App;
 
 namespace examples {
 
-// A sanitizer's report names functions by their place in memory: of an unloaded file it could only
-// say "unknown module".
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-inline constexpr bool kKeepMappedByDefault = true;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-inline constexpr bool kKeepMappedByDefault = true;
-#else
-inline constexpr bool kKeepMappedByDefault = false;
-#endif
-#else
-inline constexpr bool kKeepMappedByDefault = false;
-#endif
-
 // The folder of the running program: where a host looks for what it was built with.
 std::filesystem::path programFolder();
 

@@ -22,8 +22,8 @@ class RunningModules {
   // Loads the folders in their order. Where two files publish the same names, the first wins.
   explicit RunningModules(std::initializer_list<std::filesystem::path> folders,
                           ZEBPurgeRequest purgeRequest = nullptr)
-      : library_(EXAMPLE_TEST_LIBRARY, nextChangeCount, kKeepMapped, purgeRequest),
-        modules_(library_.services().getProcAddress, kKeepMapped) {
+      : library_(EXAMPLE_TEST_LIBRARY, nextChangeCount, kUnload, purgeRequest),
+        modules_(library_.services().getProcAddress, kUnload) {
     for (const std::filesystem::path& folder : folders) modules_.loadFolder(folder);
     takeErrorLog();
   }
@@ -44,7 +44,7 @@ class RunningModules {
 
  private:
   // Sanitizers lose the names of code that is unloaded.
-  static constexpr bool kKeepMapped = true;
+  static constexpr auto kUnload = zeb::sdk::Unload::never;
   static inline uint32_t nextChangeCount = 1;
 
   Library library_;

@@ -191,9 +191,9 @@ void loadModules(ModuleLoader& modules, const std::filesystem::path& folder) {
 
 ExitStatus copyWithLibrary(const Options& options) {
   Verdict verdict;
-  Library library(options.library, kFirstChangeCount, options.keepMapped);
+  Library library(options.library, kFirstChangeCount, options.unload);
   {
-    ModuleLoader modules(library.services().getProcAddress, options.keepMapped);
+    ModuleLoader modules(library.services().getProcAddress, options.unload);
     loadModules(modules, options.modules);
     takeErrorLog();  // why a file is no module was told
     Copy(library.services(), options).run();

@@ -17,19 +17,10 @@ constexpr const char* kFooter =
     "  1  it does not, or something leaked; the reason is on the error output\n"
     "  2  the command line is wrong\n";
 
-Options defaults() {
-  const std::filesystem::path here = programFolder();
-  Options options;
-  options.library = (here / EXAMPLE_DEFAULT_LIBRARY).lexically_normal();
-  options.modules = here / "modules";
-  options.keepMapped = kKeepMappedByDefault;
-  return options;
-}
-
 }  // namespace
 
 std::optional<Options> parseOptions(int argc, char** argv, int* exitStatus) {
-  Options options = defaults();
+  Options options;
   CLI::App app(
       "Copies a file from stream to stream, through memory, and compares what arrived.\n"
       "What ends in .gz is compressed: a TARGET is packed, a SOURCE unpacked.",
@@ -38,14 +29,7 @@ std::optional<Options> parseOptions(int argc, char** argv, int* exitStatus) {
   app.add_option("TARGET", options.target, "File to write; one that exists is replaced")
       ->type_name("")
       ->required();
-  app.add_option("--library", options.library, "Library to load\n(default: the one of this build)")
-      ->type_name("PATH");
-  app.add_option("--modules", options.modules,
-                 "Folder of the modules\n(default: modules beside this program)")
-      ->type_name("FOLDER");
-  app.add_flag("--keep-mapped", options.keepMapped,
-               "Keep files in memory when they are unloaded,\nfor debuggers and the like\n"
-               "(always so in a build with sanitizers)");
+  addHostOptions(app, options, EXAMPLE_DEFAULT_LIBRARY);
   app.footer(kFooter);
   if (!parseCommandLine(app, argc, argv, exitStatus)) return std::nullopt;
   return options;

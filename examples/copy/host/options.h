@@ -5,14 +5,13 @@
 #include <filesystem>
 #include <optional>
 
+#include "common/host/host_options.h"
+
 namespace examples {
 
-struct Options {
+struct Options : HostOptions {
   std::filesystem::path source;
   std::filesystem::path target;
-  std::filesystem::path library;
-  std::filesystem::path modules;
-  bool keepMapped = false;
 };
 
 // The options as given; what is not given is found relative to this program's own place. Nothing

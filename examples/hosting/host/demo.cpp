@@ -14,6 +14,7 @@
 #include "common/host/error_log.h"
 #include "common/host/event_table.h"
 #include "common/host/library.h"
+#include "common/host/mapped_file.h"
 #include "common/host/module_loader.h"
 #include "common/host/output.h"
 #include "common/host/progress_view.h"
@@ -97,8 +98,8 @@ void Demo::startLibrary() {
       "Start the library",
       {"The host is not linked with the library: it loads the file at run time. It hands over",
        "its own allocators, which count every block, and a procedure for error reports."});
-  library_.emplace(options_.library, kFirstChangeCount, options_.keepMapped);
-  modules_.emplace(zeb().getProcAddress, options_.keepMapped);
+  library_.emplace(options_.library, kFirstChangeCount, options_.unload);
+  modules_.emplace(zeb().getProcAddress, options_.unload);
   job_.emplace(zeb());
 
   printRow("library", shortPath(options_.library));

@@ -26,10 +26,7 @@ Options defaults() {
   const std::filesystem::path here = programFolder();
   Options options;
   options.file = (here / HOSTING_DEFAULT_FILE).lexically_normal();
-  options.library = (here / EXAMPLE_DEFAULT_LIBRARY).lexically_normal();
-  options.modules = here / "modules";
   options.replacement = here / "replacement";
-  options.keepMapped = kKeepMappedByDefault;
   return options;
 }
 
@@ -43,11 +40,7 @@ std::optional<Options> parseOptions(int argc, char** argv, int* exitStatus) {
       "hosting_host");
   app.add_option("FILE", options.file, "Text to work on\n(default: README.md of this repository)")
       ->type_name("");
-  app.add_option("--library", options.library, "Library to load\n(default: the one of this build)")
-      ->type_name("PATH");
-  app.add_option("--modules", options.modules,
-                 "Folder of the modules\n(default: modules beside this program)")
-      ->type_name("FOLDER");
+  addHostOptions(app, options, EXAMPLE_DEFAULT_LIBRARY);
   app.add_option("--replacement", options.replacement,
                  "Folder of the modules that take over, each for\n"
                  "the module with the same file name\n"
@@ -58,9 +51,6 @@ std::optional<Options> parseOptions(int argc, char** argv, int* exitStatus) {
                  "work, 1 to 100; the demo goes on without it")
       ->type_name("PERCENT")
       ->check(CLI::Range(1, 100));
-  app.add_flag("--keep-mapped", options.keepMapped,
-               "Keep files in memory when they are unloaded,\nfor debuggers and the like\n"
-               "(always so in a build with sanitizers)");
   app.footer(kFooter);
 
   if (!parseCommandLine(app, argc, argv, exitStatus)) return std::nullopt;

@@ -5,14 +5,13 @@
 #include <filesystem>
 #include <optional>
 
+#include "common/host/host_options.h"
+
 namespace examples {
 
-struct Options {
+struct Options : HostOptions {
   std::filesystem::path file;
-  std::filesystem::path library;
-  std::filesystem::path modules;
   std::filesystem::path replacement;
-  bool keepMapped = false;
   std::optional<unsigned> cancelAt;  // percent of the work at which to cancel it, 1 to 100
 };
 

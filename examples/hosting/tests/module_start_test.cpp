@@ -23,18 +23,17 @@ TEST(RunningModule, StaysWhenItsFileIsLoadedAgain) {
   RunningModules running{kReplacement};
   EXPECT_THAT(running.modules().loadFolder(kReplacement),
               ElementsAre(Field(&LoadOutcome::problem,
-                                StrEq("did not want to start: is running already"))));
+                                StrEq("refused to start: this module is running already"))));
   EXPECT_TRUE(isPublished(running.services()));
 }
 
 TEST(RunningModule, StaysWhenAnotherWantsToPublishItsNames) {
   RunningModules running{kReplacement};
-  EXPECT_THAT(
-      running.modules().loadFolder(kModules),
-      ElementsAre(Field(&LoadOutcome::problem,
-                        StrEq("did not want to start: HostingDigesterInterface is published "
-                              "already")),
-                  Field(&LoadOutcome::problem, IsEmpty())));
+  EXPECT_THAT(running.modules().loadFolder(kModules),
+              ElementsAre(Field(&LoadOutcome::problem,
+                                StrEq("refused to start: HostingDigesterInterface is published "
+                                      "already")),
+                          Field(&LoadOutcome::problem, IsEmpty())));
   EXPECT_TRUE(isPublished(running.services()));
 }
 

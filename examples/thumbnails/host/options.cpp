@@ -21,20 +21,11 @@ constexpr const char* kFooter =
     "  4  the library cannot be loaded or started\n"
     "  5  a module folder is missing, or a module that is needed\n";
 
-Options defaults() {
-  const std::filesystem::path here = programFolder();
-  Options options;
-  options.library = (here / EXAMPLE_DEFAULT_LIBRARY).lexically_normal();
-  options.modules = here / "modules";
-  options.keepMapped = kKeepMappedByDefault;
-  return options;
-}
-
 }  // namespace
 
 std::optional<Options> parseOptions(int argc, char** argv, int* exitStatus) {
   constexpr int kThousandMeansThousand = true;
-  Options options = defaults();
+  Options options;
   CLI::App app(
       "Makes thumbnails of the pictures in folders, and keeps pictures and thumbnails in the\n"
       "library's cache so that they need not be made twice.",
@@ -60,14 +51,7 @@ std::optional<Options> parseOptions(int argc, char** argv, int* exitStatus) {
   app.add_option("--quality", options.quality, "JPEG quality, 1 to 100 (default: 85)")
       ->type_name("NUMBER")
       ->check(CLI::Range(1, 100));
-  app.add_option("--library", options.library, "Library to load\n(default: the one of this build)")
-      ->type_name("PATH");
-  app.add_option("--modules", options.modules,
-                 "Folder of the modules\n(default: modules beside this program)")
-      ->type_name("FOLDER");
-  app.add_flag("--keep-mapped", options.keepMapped,
-               "Keep files in memory when they are unloaded,\nfor debuggers and the like\n"
-               "(always so in a build with sanitizers)");
+  addHostOptions(app, options, EXAMPLE_DEFAULT_LIBRARY);
   app.footer(kFooter);
   if (!parseCommandLine(app, argc, argv, exitStatus)) return std::nullopt;
   return options;

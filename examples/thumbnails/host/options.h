@@ -7,18 +7,17 @@
 #include <optional>
 #include <vector>
 
+#include "common/host/host_options.h"
+
 namespace examples {
 
-struct Options {
+struct Options : HostOptions {
   std::vector<std::filesystem::path> folders;
   std::filesystem::path output = "thumbnails";
   std::vector<uint32_t> edges{128, 48};   // pixels
   uint64_t budget = uint64_t{64} << 20U;  // bytes
   unsigned passes = 1;
   unsigned quality = 85;
-  std::filesystem::path library;
-  std::filesystem::path modules;
-  bool keepMapped = false;
 };
 
 // The options as given; what is not given is found relative to this program's own place. Nothing

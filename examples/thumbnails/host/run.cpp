@@ -31,8 +31,8 @@ class Run {
  public:
   explicit Run(const Options& options)
       : options_(options),
-        library_(options.library, kFirstChangeCount, options.keepMapped, keepToBudget),
-        modules_(library_.services().getProcAddress, options.keepMapped) {}
+        library_(options.library, kFirstChangeCount, options.unload, keepToBudget),
+        modules_(library_.services().getProcAddress, options.unload) {}
 
   ExitStatus run();
 

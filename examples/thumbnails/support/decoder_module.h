@@ -5,7 +5,7 @@
 #include <string>
 
 #include "common/support/guard.h"
-#include "common/support/module_instance.h"
+#include "common/support/module_base.h"
 #include "interfaces/decoder.h"
 #include "support/picture.h"
 

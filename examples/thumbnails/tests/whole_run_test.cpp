@@ -41,7 +41,7 @@ class WholeRun : public testing::Test {
     options_.output = folder_;
     options_.library = EXAMPLE_TEST_LIBRARY;
     options_.modules = THUMBNAILS_TEST_MODULES;
-    options_.keepMapped = true;
+    options_.unload = zeb::sdk::Unload::never;
   }
   ~WholeRun() override { fs::remove_all(folder_); }
 

@@ -93,14 +93,18 @@ ZEB_SDK_MODULE_LOCAL inline constinit Attachment attachment;
 
 // Ties this module to the library. False if `find` is null or finds nothing; the module is then as
 // it was. Attaching again, after a restart, replaces the tie. One thread, before any other call.
-inline bool attach(ZEBGetProcAddress find) noexcept { return detail::attachment.attach(find); }
+ZEB_SDK_MODULE_LOCAL inline bool attach(ZEBGetProcAddress find) noexcept {
+  return detail::attachment.attach(find);
+}
 
 // Forgets all that was fetched. Owners that still live can no longer give their objects back, so
 // let them go first. One thread, after any other call.
-inline void detach() noexcept { detail::attachment.detach(); }
+ZEB_SDK_MODULE_LOCAL inline void detach() noexcept { detail::attachment.detach(); }
 
 // The look-up function; null while the module is not attached. [any-thread]
-[[nodiscard]] inline ZEBGetProcAddress lookUp() noexcept { return detail::attachment.find(); }
+[[nodiscard]] ZEB_SDK_MODULE_LOCAL inline ZEBGetProcAddress lookUp() noexcept {
+  return detail::attachment.find();
+}
 
 }  // namespace zeb::sdk
 

@@ -112,7 +112,7 @@ std::string whyMissing(ZEBGetProcAddress find) {
 
 // One per interface and module.
 template <Interface I>
-class Binding final : public Forgettable {
+class ZEB_SDK_MODULE_LOCAL Binding final : public Forgettable {
  public:
   using Procs = typename I::Procs;
 
@@ -206,17 +206,19 @@ ZEB_SDK_MODULE_LOCAL inline constinit Binding<I> binding;
 }  // namespace detail
 
 // Sets who is told from now on; any thread.
-inline void setLog(Log log) noexcept { detail::log.store(log, std::memory_order_release); }
+ZEB_SDK_MODULE_LOCAL inline void setLog(Log log) noexcept {
+  detail::log.store(log, std::memory_order_release);
+}
 
 // The procs of an interface that this module cannot do without. Throws MissingInterface.
 template <Interface I>
-[[nodiscard]] const typename I::Procs& procs() {
+[[nodiscard]] ZEB_SDK_MODULE_LOCAL const typename I::Procs& procs() {
   return detail::binding<I>.get();
 }
 
 // The procs of an interface, or null when it is not there.
 template <Interface I>
-[[nodiscard]] const typename I::Procs* tryProcs() noexcept {
+[[nodiscard]] ZEB_SDK_MODULE_LOCAL const typename I::Procs* tryProcs() noexcept {
   return detail::binding<I>.tryGet();
 }
 

@@ -31,7 +31,7 @@ struct LazyLevels {
 
 namespace detail {
 
-inline void leaveLibrary(Module& module) {
+ZEB_SDK_MODULE_LOCAL inline void leaveLibrary(Module& module) {
   module.events.disconnect();
   if (&module == &thisModule) detach();
 }
@@ -41,8 +41,9 @@ inline void leaveLibrary(Module& module) {
 // Attaches the module and initialises its lazy objects. False when the module is started already,
 // when the library cannot be reached through `getProcAddress`, or when an object fails; what was
 // initialised is then terminated again. By one thread, while no other uses the module's objects.
-[[nodiscard]] inline bool startClient(ZEBGetProcAddress getProcAddress,
-                                      const LazyLevels& levels = {}, Module& module = thisModule) {
+[[nodiscard]] ZEB_SDK_MODULE_LOCAL inline bool startClient(ZEBGetProcAddress getProcAddress,
+                                                           const LazyLevels& levels = {},
+                                                           Module& module = thisModule) {
   if (module.started || getProcAddress == nullptr) return false;
   ZEBFrameProcs frame{};
   if (ZEBFetchFrameProcs(getProcAddress, &frame) == 0) return false;
@@ -56,7 +57,7 @@ inline void leaveLibrary(Module& module) {
 // Terminates all of the module's lazy objects and detaches it; afterwards it may be started again.
 // Does nothing for a module that is not started. By one thread, while no other uses the module's
 // objects.
-inline void stopClient(Module& module = thisModule) {
+ZEB_SDK_MODULE_LOCAL inline void stopClient(Module& module = thisModule) {
   if (!module.started) return;
   module.started = false;
   terminateLazyObjects(module.lazyList.head());

@@ -6,18 +6,14 @@
 #ifndef ZEB_SDK_LIBRARY_HPP
 #define ZEB_SDK_LIBRARY_HPP
 
-#ifdef _WIN32
-#include <windows.h>
-#else
-#include <dlfcn.h>
-#endif
-
 #include <stdexcept>
 #include <string>
 #include <utility>
 
 #include "zeb/sdk/binding.hpp"
 #include "zeb/sdk/client_start.hpp"
+#include "zeb/sdk/host_reports.hpp"
+#include "zeb/sdk/shared_object.hpp"
 
 namespace zeb::sdk {
 
@@ -28,10 +24,12 @@ struct StartOptions {
   ZEBPageFree pageFree = nullptr;  // where they go
   // Where every object comes from: all four, or none of them counts.
   ZEBObjAlloc objAlloc = nullptr;
-  ZEBObjRealloc objRealloc = nullptr;        // changes a block's size
-  ZEBObjFree objFree = nullptr;              // takes a block back
-  ZEBObjSize objSize = nullptr;              // tells a block's size
-  ZEBErrorReport errorReport = nullptr;      // told of errors and of leaks; null: nobody is
+  ZEBObjRealloc objRealloc = nullptr;  // changes a block's size
+  ZEBObjFree objFree = nullptr;        // takes a block back
+  ZEBObjSize objSize = nullptr;        // tells a block's size
+  // Told what the library and the modules report, through a procedure of Library's own, which is
+  // what "ZEBReportError" then names.
+  ZEBErrorReport errorReport = nullptr;
   ZEBPurgeRequest purgeRequest = nullptr;    // asked to purge the cache; null: the library does
   uint32_t flags = ZEB_FLAG_MULTI_THREADED;  // looked at only with allocators of the host's
   // Never 0. After a stop, what stop() returned.
@@ -51,20 +49,9 @@ class Library {
   // Loads the shared library by path or name, and starts it. It stays loaded: objects that outlive
   // the stop, as errors may, still need its code. Throws StartFailure.
   [[nodiscard]] static Library load(const std::string& path, const StartOptions& options = {}) {
-    Exports exports{};
-#ifdef _WIN32
-    const HMODULE module = LoadLibraryA(path.c_str());
-    if (module == nullptr) throw StartFailure(path + " could not be loaded");
-    exports.start = reinterpret_cast<ZEBInitialize4Function>(
-        reinterpret_cast<void*>(GetProcAddress(module, "ZEBInitialize4")));
-    exports.stop = reinterpret_cast<ZEBTerminateFunction>(
-        reinterpret_cast<void*>(GetProcAddress(module, "ZEBTerminate")));
-#else
-    void* module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (module == nullptr) throw StartFailure(reason());
-    exports.start = reinterpret_cast<ZEBInitialize4Function>(dlsym(module, "ZEBInitialize4"));
-    exports.stop = reinterpret_cast<ZEBTerminateFunction>(dlsym(module, "ZEBTerminate"));
-#endif
+    const SharedObject file = loaded(path);
+    const Exports exports{file.find<ZEBInitialize4Function>("ZEBInitialize4"),
+                          file.find<ZEBTerminateFunction>("ZEBTerminate")};
     if (exports.start == nullptr || exports.stop == nullptr) {
       throw StartFailure(path + " is not libzeb");
     }
@@ -102,11 +89,20 @@ class Library {
     ZEBTerminateFunction stop;
   };
 
+  static SharedObject loaded(const std::string& path) {
+    try {
+      return SharedObject(path);
+    } catch (const LoadFailure& failure) {
+      throw StartFailure(failure.what());
+    }
+  }
+
   Library(const Exports& exports, const StartOptions& options) : stop_(exports.stop) {
     if (thisModule.started) throw StartFailure("this host has started the library already");
+    detail::hostReport.store(options.errorReport, std::memory_order_release);
     find_ =
         exports.start(options.pageAlloc, options.pageFree, options.objAlloc, options.objRealloc,
-                      options.objFree, options.objSize, options.errorReport, options.purgeRequest,
+                      options.objFree, options.objSize, &detail::reportToHost, options.purgeRequest,
                       options.flags, options.unregisterCountStart, options.hostValue);
     if (find_ == nullptr) {
       throw StartFailure(
@@ -117,11 +113,6 @@ class Library {
       throw StartFailure("an object of the host could not be initialised");
     }
   }
-
-#ifndef _WIN32
-  // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is the calling thread's own
-  static const char* reason() noexcept { return dlerror(); }
-#endif
 
   ZEBTerminateFunction stop_;
   ZEBGetProcAddress find_ = nullptr;

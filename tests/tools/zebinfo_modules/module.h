@@ -1,17 +1,17 @@
-/* The entry points that zebinfo looks for, for the modules of its tests. */
+/* The entry points of the modules of zebinfo's tests: the usual ones, unless the build names
+ * others. */
 #ifndef ZEBINFO_MODULES_MODULE_H
 #define ZEBINFO_MODULES_MODULE_H
 
+#include "zeb/sdk/module_entry.h"
 #include "zeb/zeb.h"
 
-#define MODULE_EXPORT __attribute__((visibility("default")))
-
-#ifndef MODULE_START
-#define MODULE_START ExampleModuleStart
-#define MODULE_STOP ExampleModuleStop
+#ifdef MODULE_START
+ZEB_MODULE_EXPORT int32_t MODULE_START(ZEBGetProcAddress find);
+ZEB_MODULE_EXPORT void MODULE_STOP(void);
+#else
+#define MODULE_START ZEBModuleStart
+#define MODULE_STOP ZEBModuleStop
 #endif
-
-MODULE_EXPORT int32_t MODULE_START(ZEBGetProcAddress getProcAddress);
-MODULE_EXPORT void MODULE_STOP(void);
 
 #endif

@@ -1,13 +1,10 @@
 // A module with a fault: an exception leaves its entry point.
 #include <stdexcept>
 
-#include "zeb/zeb.h"
+#include "zeb/sdk/module_entry.h"
 
-extern "C" __attribute__((visibility("default"))) int32_t ExampleModuleStart(ZEBGetProcAddress);
-extern "C" __attribute__((visibility("default"))) void ExampleModuleStop();
-
-int32_t ExampleModuleStart(ZEBGetProcAddress /*getProcAddress*/) {
+int32_t ZEBModuleStart(ZEBGetProcAddress /*find*/) {
   throw std::runtime_error("thrown by the module");
 }
 
-void ExampleModuleStop() {}
+void ZEBModuleStop() {}

@@ -1,11 +1,7 @@
-// The gzip module's entry points and the interface that makes its streams.
+// The gzip module's class and the interface that makes its streams.
 #include "modules/gzip/gzip_module.h"
 
-#include "common/module.h"
-
 namespace examples {
-
-ModuleInstance<WriterNames> gzipModule;
 
 namespace {
 
@@ -35,13 +31,9 @@ const ZEBProcTableEntry entries[] = {COPY_GZIP_PROCS(EXAMPLES_PUBLISH_ROW)};
 
 Publication gzipPublication() { return {COPY_GZIP_INTERFACE, entries}; }
 
+// The makers come last, as the streams that they make answer to the other interface.
+GzipModule::GzipModule() : ModuleBase({writerPublication(), gzipPublication()}) {}
+
 }  // namespace examples
 
-int32_t ExampleModuleStart(ZEBGetProcAddress getProcAddress) {
-  // The makers come last, as the streams that they make answer to the other interface.
-  const examples::Publication publications[] = {examples::writerPublication(),
-                                                examples::gzipPublication()};
-  return examples::gzipModule.start(getProcAddress, publications);
-}
-
-void ExampleModuleStop() { examples::gzipModule.stop(); }
+ZEB_SDK_MODULE(examples::GzipModule);

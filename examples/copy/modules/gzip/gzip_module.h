@@ -4,7 +4,7 @@
 
 #include "common/support/atom.h"
 #include "common/support/guard.h"
-#include "common/support/module_instance.h"
+#include "common/support/module_base.h"
 #include "interfaces/gzip.h"
 
 namespace examples {
@@ -20,12 +20,15 @@ struct WriterNames {
   Atom instance;
 };
 
-extern ModuleInstance<WriterNames> gzipModule;
+class GzipModule : public ModuleBase<GzipModule, WriterNames> {
+ public:
+  GzipModule();
+};
 
 // The barrier of all procs of the module.
 template <class Body>
 ZEBErrorObject* guardedGzip(const Body& body) noexcept {
-  return guarded(gzipModule.services().errors, COPY_GZIP_COMPONENT, COPY_GZIP_ERROR_FAILED, body);
+  return guarded(GzipModule::services().errors, COPY_GZIP_COMPONENT, COPY_GZIP_ERROR_FAILED, body);
 }
 
 ZEBErrorObject* makeReader(ZEBContainer** stream, const char* path);

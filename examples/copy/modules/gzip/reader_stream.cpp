@@ -67,7 +67,7 @@ void Release(void* context) noexcept { delete static_cast<GzipReader*>(context);
 ZEBErrorObject* makeReader(ZEBContainer** stream, const char* path) {
   auto reader = std::make_unique<GzipReader>(path);
   // The reader is the library's from here on, also when this fails.
-  return gzipModule.services().streamFactory.NewClientPositionableStream(
+  return GzipModule::services().streamFactory.NewClientPositionableStream(
       stream, reader.release(), Read, Write, NewContext, Rewind, NewContext, Mark, Seek, Release);
 }
 

@@ -28,8 +28,8 @@ void Release(void* context) noexcept { delete static_cast<GzipWriter*>(context);
 ZEBErrorObject* Finish(ZEBContainer* stream) noexcept {
   return guardedGzip([&] {
     void* writer = nullptr;
-    ZEBErrorObject* const error = gzipModule.services().containers.NGetInstance(
-        &writer, stream, gzipModule.state().instance.get());
+    ZEBErrorObject* const error = GzipModule::services().containers.NGetInstance(
+        &writer, stream, GzipModule::state().instance.get());
     if (error == nullptr) static_cast<GzipWriter*>(writer)->finish();
     return error;
   });
@@ -42,8 +42,8 @@ const ZEBProcTableEntry entries[] = {COPY_GZIP_WRITER_PROCS(EXAMPLES_PUBLISH_ROW
 
 // A stream is a container like any other: an interface of our own is added to those of the library.
 ZEBErrorObject* makeWriter(ZEBContainer** stream, const char* path) {
-  const Services& services = gzipModule.services();
-  const WriterNames& names = gzipModule.state();
+  const Services& services = GzipModule::services();
+  const WriterNames& names = GzipModule::state();
   auto owned = std::make_unique<GzipWriter>(path);
   GzipWriter* const writer = owned.get();
 

@@ -9,9 +9,9 @@ namespace {
 // The Update that the container has besides ours: the parent's.
 ZEBErrorObject* findOverridden(ZEBContainer* digester, HostingDigesterUpdateProc* update) {
   constexpr int32_t kMissingIsAnError = 1;
-  const DigesterNames& names = digestModule.state();
+  const DigesterNames& names = DigestModule::state();
   ZEBProc found = nullptr;
-  ZEBErrorObject* const error = digestModule.services().containers.GetParentMethod(
+  ZEBErrorObject* const error = DigestModule::services().containers.GetParentMethod(
       &found, digester, names.checkedDigester.get(), names.update.get(), names.updateProc.get(),
       kMissingIsAnError);
   if (error == nullptr) *update = reinterpret_cast<HostingDigesterUpdateProc>(found);

@@ -1,25 +1,17 @@
-// A digest module's entry points.
+// A digest module's class.
 #include "modules/digest/digest_module.h"
-
-#include "common/module.h"
 
 namespace examples {
 
-ModuleInstance<DigesterNames> digestModule;
-
 ZEBErrorObject* newDigestError(int32_t id, const char* message) {
-  return digestModule.services().errors.NewError(message, HOSTING_DIGEST_COMPONENT, id, nullptr,
-                                                 nullptr);
+  return DigestModule::services().errors.NewError(message, HOSTING_DIGEST_COMPONENT, id, nullptr,
+                                                  nullptr);
 }
+
+// The digest interface comes last, as its NewDigester needs the others.
+DigestModule::DigestModule()
+    : ModuleBase({digesterPublication(), checkedDigesterPublication(), digestPublication()}) {}
 
 }  // namespace examples
 
-int32_t ExampleModuleStart(ZEBGetProcAddress getProcAddress) {
-  // The digest interface comes last, as its NewDigester needs the others.
-  const examples::Publication publications[] = {examples::digesterPublication(),
-                                                examples::checkedDigesterPublication(),
-                                                examples::digestPublication()};
-  return examples::digestModule.start(getProcAddress, publications);
-}
-
-void ExampleModuleStop() { examples::digestModule.stop(); }
+ZEB_SDK_MODULE(examples::DigestModule);

@@ -6,13 +6,16 @@
 #include <cstdint>
 
 #include "common/support/guard.h"
-#include "common/support/module_instance.h"
+#include "common/support/module_base.h"
 #include "interfaces/digest.h"
 #include "modules/digest/digester_names.h"
 
 namespace examples {
 
-extern ModuleInstance<DigesterNames> digestModule;
+class DigestModule : public ModuleBase<DigestModule, DigesterNames> {
+ public:
+  DigestModule();
+};
 
 // An error of component "HostingDigest".
 ZEBErrorObject* newDigestError(int32_t id, const char* message);
@@ -20,7 +23,7 @@ ZEBErrorObject* newDigestError(int32_t id, const char* message);
 // The barrier of all procs of the module.
 template <class Body>
 ZEBErrorObject* guardedDigest(const Body& body) noexcept {
-  return guarded(digestModule.services().errors, HOSTING_DIGEST_COMPONENT,
+  return guarded(DigestModule::services().errors, HOSTING_DIGEST_COMPONENT,
                  HOSTING_DIGEST_ERROR_FAILED, body);
 }
 

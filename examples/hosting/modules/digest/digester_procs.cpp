@@ -48,15 +48,15 @@ const ZEBProcTableEntry entries[] = {HOSTING_DIGESTER_PROCS(EXAMPLES_PUBLISH_ROW
 
 ZEBErrorObject* findState(ZEBContainer* digester, DigesterState** state) {
   void* instance = nullptr;
-  ZEBErrorObject* const error = digestModule.services().containers.NGetInstance(
-      &instance, digester, digestModule.state().state.get());
+  ZEBErrorObject* const error = DigestModule::services().containers.NGetInstance(
+      &instance, digester, DigestModule::state().state.get());
   if (error == nullptr) *state = stateIn(instance);
   return error;
 }
 
 ZEBErrorObject* makeDigester(ZEBContainer** digester) {
-  const ZEBContainerProcs& containers = digestModule.services().containers;
-  const DigesterNames& names = digestModule.state();
+  const ZEBContainerProcs& containers = DigestModule::services().containers;
+  const DigesterNames& names = DigestModule::state();
   std::unique_ptr<DigesterState> state = newState();
 
   ZEBContainer* made = nullptr;

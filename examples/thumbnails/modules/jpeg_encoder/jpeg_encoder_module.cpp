@@ -1,22 +1,24 @@
 // Publishes the encoder: the client's side of a JPEG filter of the library.
 #include <memory>
 
-#include "common/module.h"
 #include "common/support/guard.h"
-#include "common/support/module_instance.h"
+#include "common/support/module_base.h"
 #include "interfaces/encoder.h"
 #include "modules/jpeg_encoder/jpeg_encoder.h"
 
 namespace examples {
 namespace {
 
-ModuleInstance<NoState> instance;
+class JpegEncoderModule : public ModuleBase<JpegEncoderModule> {
+ public:
+  JpegEncoderModule();
+};
 
 ZEBErrorObject* writeOn(void* filter, const void* bytes, size_t size);
 
 // The client data of a filter.
 struct EncodingFilter {
-  EncodingFilter() : encoder(instance.services(), writeOn, this) {}
+  EncodingFilter() : encoder(JpegEncoderModule::services(), writeOn, this) {}
 
   JpegEncoder encoder;
   ZEBDataSink* self = nullptr;  // the filter, which owns this object
@@ -26,13 +28,13 @@ EncodingFilter& filterIn(void* data) { return *static_cast<EncodingFilter*>(data
 
 // Asked for anew each time: the chain behind the filter may be changed at any time.
 ZEBErrorObject* writeOn(void* filter, const void* bytes, size_t size) {
-  const ZEBFilterProcs& filters = instance.services().filters;
+  const ZEBFilterProcs& filters = JpegEncoderModule::services().filters;
   return filters.Write(filters.PeekTarget(filterIn(filter).self), bytes, size);
 }
 
 template <class Body>
 ZEBErrorObject* guardedEncoder(const Body& body) noexcept {
-  return guarded(instance.services().errors, THUMBNAILS_ENCODER_COMPONENT,
+  return guarded(JpegEncoderModule::services().errors, THUMBNAILS_ENCODER_COMPONENT,
                  THUMBNAILS_ENCODER_ERROR_FAILED, [&]() -> ZEBErrorObject* {
                    body();
                    return nullptr;
@@ -48,7 +50,8 @@ ZEBErrorObject* Write(void* filter, const void* bytes, uint64_t size) noexcept {
 // Closing has no result, so what is wrong can only be reported.
 void Close(void* filter) noexcept {
   if (!filterIn(filter).encoder.giveUp()) return;
-  instance.services().frame.ReportError("a JPEG filter was closed before the picture was complete");
+  JpegEncoderModule::services().frame.ReportError(
+      "a JPEG filter was closed before the picture was complete");
 }
 
 const char* PostScript(void* /*filter*/) noexcept { return "DCTEncode"; }
@@ -73,9 +76,10 @@ ZEBErrorObject* NewEncoder(ZEBDataSink** filter, ZEBDataSink* target) noexcept {
     EncodingFilter* const data = owned.get();
     ZEBDataSink* made = nullptr;
     // The data is the filter's from here on, also when this fails.
-    raiseIfFailed(instance.services().errors, instance.services().filters.NewFilterJPEG(
-                                                  &made, target, owned.release(), Write, Close,
-                                                  PostScript, Destroy, SetGeometry, SetQuality));
+    raiseIfFailed(JpegEncoderModule::services().errors,
+                  JpegEncoderModule::services().filters.NewFilterJPEG(
+                      &made, target, owned.release(), Write, Close, PostScript, Destroy,
+                      SetGeometry, SetQuality));
     data->self = made;
     *filter = made;
   });
@@ -83,13 +87,10 @@ ZEBErrorObject* NewEncoder(ZEBDataSink** filter, ZEBDataSink* target) noexcept {
 
 constexpr ThumbnailsEncoderProcs procs{NewEncoder};
 const ZEBProcTableEntry entries[] = {THUMBNAILS_ENCODER_PROCS(EXAMPLES_PUBLISH_ROW)};
-const Publication publications[] = {{THUMBNAILS_ENCODER_INTERFACE, entries}};
+
+JpegEncoderModule::JpegEncoderModule() : ModuleBase({{THUMBNAILS_ENCODER_INTERFACE, entries}}) {}
 
 }  // namespace
 }  // namespace examples
 
-int32_t ExampleModuleStart(ZEBGetProcAddress getProcAddress) {
-  return examples::instance.start(getProcAddress, examples::publications);
-}
-
-void ExampleModuleStop() { examples::instance.stop(); }
+ZEB_SDK_MODULE(examples::JpegEncoderModule);

@@ -1,7 +1,6 @@
 // Publishes the scaler.
-#include "common/module.h"
 #include "common/support/guard.h"
-#include "common/support/module_instance.h"
+#include "common/support/module_base.h"
 #include "interfaces/scaler.h"
 #include "modules/scaler/scaling.h"
 #include "support/picture.h"
@@ -9,7 +8,10 @@
 namespace examples {
 namespace {
 
-ModuleInstance<NoState> instance;
+class ScalerModule : public ModuleBase<ScalerModule> {
+ public:
+  ScalerModule();
+};
 
 bool isWhole(const ZEBSharedBufferProcs& buffers, const ThumbnailsPicture& picture) {
   const uint64_t pixels = uint64_t{picture.width} * picture.height;
@@ -18,7 +20,7 @@ bool isWhole(const ZEBSharedBufferProcs& buffers, const ThumbnailsPicture& pictu
 }
 
 void scale(ThumbnailsPicture* scaled, const ThumbnailsPicture* original, uint32_t edge) {
-  const ZEBSharedBufferProcs& buffers = instance.services().buffers;
+  const ZEBSharedBufferProcs& buffers = ScalerModule::services().buffers;
   if (scaled == nullptr || original == nullptr || edge == 0 || !isWhole(buffers, *original)) {
     throw CodedError(THUMBNAILS_SCALER_ERROR_BAD_ARGUMENT, "nothing to scale or nowhere to");
   }
@@ -34,7 +36,7 @@ void scale(ThumbnailsPicture* scaled, const ThumbnailsPicture* original, uint32_
 
 ZEBErrorObject* Scale(ThumbnailsPicture* scaled, const ThumbnailsPicture* original,
                       uint32_t edge) noexcept {
-  return guarded(instance.services().errors, THUMBNAILS_SCALER_COMPONENT,
+  return guarded(ScalerModule::services().errors, THUMBNAILS_SCALER_COMPONENT,
                  THUMBNAILS_SCALER_ERROR_FAILED, [&]() -> ZEBErrorObject* {
                    scale(scaled, original, edge);
                    return nullptr;
@@ -43,13 +45,10 @@ ZEBErrorObject* Scale(ThumbnailsPicture* scaled, const ThumbnailsPicture* origin
 
 constexpr ThumbnailsScalerProcs procs{Scale};
 const ZEBProcTableEntry entries[] = {THUMBNAILS_SCALER_PROCS(EXAMPLES_PUBLISH_ROW)};
-const Publication publications[] = {{THUMBNAILS_SCALER_INTERFACE, entries}};
+
+ScalerModule::ScalerModule() : ModuleBase({{THUMBNAILS_SCALER_INTERFACE, entries}}) {}
 
 }  // namespace
 }  // namespace examples
 
-int32_t ExampleModuleStart(ZEBGetProcAddress getProcAddress) {
-  return examples::instance.start(getProcAddress, examples::publications);
-}
-
-void ExampleModuleStop() { examples::instance.stop(); }
+ZEB_SDK_MODULE(examples::ScalerModule);
