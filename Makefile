@@ -19,7 +19,7 @@ policy = build/release/bench/cache_policy
 
 ##@ Everyday
 
-.PHONY: test demo bench check gates reference format coverage help
+.PHONY: test demo bench check gates reference doxygen format coverage help
 test: release ## Build the release preset and run every test
 	$(heading) 'every test of the release build'
 	$(ctest) release
@@ -46,6 +46,8 @@ reference: ## Rewrite docs/reference/ and the headers' tables from share/zeb/zeb
 	tools/generate.py pages
 	tools/generate.py headers
 
+doxygen: gate-doxygen ## Build the pages of the headers and the guide: build/doxygen/html/index.html
+
 format: ## Format every source in place
 	$(packages) gates
 	tools/check_format.sh --fix
@@ -67,8 +69,8 @@ help: ## Show this list
 
 ##@ Gates
 
-gates := gate-floors gate-format gate-description gate-exports gate-hardening gate-asan \
-  gate-tsan gate-clang gate-tidy gate-memcheck gate-consume gate-bench
+gates := gate-floors gate-format gate-description gate-doxygen gate-exports gate-hardening \
+  gate-asan gate-tsan gate-clang gate-tidy gate-memcheck gate-consume gate-bench
 .PHONY: $(gates) gate-packages
 gates: $(gates) demo ## All of them, and the demo
 
@@ -85,6 +87,10 @@ gate-description: gate-packages ## share/zeb/zeb.json is sound, and what is made
 	tools/check_description.py
 	tools/generate.py pages --check
 	tools/generate.py headers --check
+
+gate-doxygen: gate-packages ## Every public name has its comment, and every reference leads somewhere
+	$(heading) 'the pages of the headers and the guide'
+	tools/check_doxygen.sh
 
 gate-exports: release ## The library exports its eleven names and nothing else
 	$(heading) 'what the library exports'

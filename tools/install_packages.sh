@@ -11,7 +11,7 @@ declare -A packages=(
   [bench]="libbenchmark-dev libglib2.0-dev libboost-dev libjemalloc-dev libmimalloc-dev libabsl-dev
            libtbb-dev libfmt-dev libcli11-dev"
   [gates]="clang clang-format clang-tidy libclang-rt-14-dev valgrind binutils gcovr
-           dpkg-dev file python3-jsonschema"
+           doxygen dpkg-dev file python3-jsonschema"
 )
 
 # missing <group>...: prints the packages of the groups that are not installed.

@@ -155,9 +155,9 @@ typedef int64_t (*ZEBGetOffsetToPrimaryInstProc)(void);
 
 /* What stands at that offset. Read only. */
 typedef struct ZEBContainerCache {
-  const char *instanceName;
-  const char *interfaceName;
-  void *instanceData;
+  const char *instanceName;  /* the text of the first instance's name */
+  const char *interfaceName; /* the signature's text */
+  void *instanceData;        /* the first instance's data */
 } ZEBContainerCache;
 
 /* Older procs, kept for clients built against them. Those without an error return null for it. */

@@ -157,8 +157,9 @@ typedef ZEBErrorObject *(*ZEBFilterGetChainStateV2Proc)(ZEBChainState **out, ZEB
  */
 typedef ZEBErrorObject *(*ZEBFilterResetChainStateProc)(ZEBChainState *state);
 
-/* ---- Older versions. The same work; a failure is null or 0, and its reason is lost. */
+/* ---- Older versions ---- */
 
+/* The same work as the newer version's; a failure is null or 0, and its reason is lost. */
 typedef ZEBDataSink *(*ZEBFilterNewNullDataSinkProc)(void);
 typedef ZEBDataSink *(*ZEBFilterNewClientDataSinkProc)(void *clientData, ZEBFilterClientWrite write,
                                                        ZEBFilterClientDestroy destroy);

@@ -29,11 +29,11 @@ extern "C" {
 /* One registered proc. 48 bytes, for ever. */
 typedef struct ZEBInspectedProc {
   const char *interfaceName; /* each name may be null: a null name is a name of its own */
-  const char *methodName;
-  const char *procName;
-  ZEBProc proc;        /* the function; null if a null function was registered */
-  const char *file;    /* path of the loaded file that the function lies in; null: in none */
-  uint64_t fileOffset; /* the function's address less the one that the file is loaded at */
+  const char *methodName;    /* what the proc does */
+  const char *procName;      /* its version */
+  ZEBProc proc;              /* the function; null if a null function was registered */
+  const char *file;          /* path of the loaded file that the function lies in; null: in none */
+  uint64_t fileOffset;       /* the function's address less the one that the file is loaded at */
 } ZEBInspectedProc;
 
 /*
@@ -46,7 +46,7 @@ typedef ZEBInspectedProc *(*ZEBInspectNewProcSnapshotProc)(uint32_t *count);
 
 /* One live atom. 24 bytes, for ever. */
 typedef struct ZEBInspectedAtom {
-  const char *text;
+  const char *text;    /* ends with a zero byte */
   uint64_t length;     /* of the text in bytes */
   uint32_t references; /* at least 1, the library's own included */
   uint32_t reserved;   /* 0 */
@@ -112,10 +112,10 @@ typedef struct ZEBLookupExplanation {
   int32_t wasUnregistered;
   uint32_t unregisteredAt; /* the change counter that the unregistration brought about, else 0 */
 
-  uint32_t versionCount;
-  uint32_t nearestCount;
-  uint32_t reserved; /* 0 */
-  ZEBProc proc;      /* what the look-up finds, or null */
+  uint32_t versionCount; /* of the names in `versions` */
+  uint32_t nearestCount; /* of the names in `nearest` */
+  uint32_t reserved;     /* 0 */
+  ZEBProc proc;          /* what the look-up finds, or null */
 
   /*
    * The proc names under which the interface has the method, sorted; the one asked for is among

@@ -7,11 +7,10 @@
  *
  * The tags that end each procedure's comment:
  *   [any-thread]    may be called by any thread at any time while the library is initialised
- *   [one-owner]     may be called by the thread that the object belongs to at that time
  *   [frame-thread]  called by one thread while no other thread uses the library
  *   [one-owner]     may be called by one thread at a time for the same object
  *   [calls-host]    may call a procedure of the host or of a client before it returns; no lock of
- * the library is held meanwhile
+ *                   the library is held meanwhile
  */
 #ifndef ZEB_TYPES_H
 #define ZEB_TYPES_H
@@ -55,15 +54,15 @@ typedef ZEBProc (*ZEBGetProcAddress)(const char *interfaceName, const char *meth
 
 /* One proc as a service publishes it. */
 typedef struct ZEBProcTableEntry {
-  const char *methodName;
-  const char *procName;
-  ZEBProc proc;
+  const char *methodName; /* what the proc does */
+  const char *procName;   /* its version: the name of its type */
+  ZEBProc proc;           /* the function */
 } ZEBProcTableEntry;
 
 /* One proc as a client asks for it. */
 typedef struct ZEBProcRequest {
-  const char *methodName;
-  const char *procName;
+  const char *methodName; /* what the proc does */
+  const char *procName;   /* its version: the name of its type */
 } ZEBProcRequest;
 
 /*

@@ -9,6 +9,7 @@
 
 namespace zeb::sdk {
 
+// An interned text and one reference to it; none when default-made.
 class Atom : public Owner<detail::AtomCounting> {
  public:
   using Base = Owner<detail::AtomCounting>;
@@ -33,6 +34,7 @@ class Atom : public Owner<detail::AtomCounting> {
     return text != nullptr ? text : "";
   }
 
+  // Whether both are the same atom: whether their texts are equal.
   friend bool operator==(const Atom& a, const Atom& b) noexcept { return a.get() == b.get(); }
 };
 

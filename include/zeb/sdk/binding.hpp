@@ -205,6 +205,7 @@ ZEB_SDK_MODULE_LOCAL inline constinit Binding<I> binding;
 
 }  // namespace detail
 
+// Sets who is told from now on; any thread.
 ZEB_SDK_MODULE_LOCAL inline void setLog(Log log) noexcept {
   detail::log.store(log, std::memory_order_release);
 }

@@ -90,7 +90,7 @@ class CacheSet : private Owner<detail::CacheSetCounting> {
     }
   }
 
-  // The result under the key, or nothing when there is none. For looking without making.
+  // Whether the result under the key is there; nothing is made.
   [[nodiscard]] bool contains(const Key& key) {
     const auto& cache = procs<Cache>();
     ZEBCacheID* id = cache.SearchForID(get(), keyOf(key), ZEB_CACHE_FIND_EQUAL);

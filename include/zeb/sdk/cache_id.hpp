@@ -65,6 +65,7 @@ struct CachedResult {
   Value value;    // the result itself
   uint64_t size;  // 0 counts as 1
 };
+// Tells the kind of result by the value.
 template <class Value>
 CachedResult(Value, uint64_t) -> CachedResult<Value>;
 

@@ -23,7 +23,9 @@ namespace zeb::sdk {
 
 // The levels whose objects a start initialises.
 struct LazyLevels {
+  // The lowest level that is initialised.
   int32_t lowest = kLowestLazyLevel;
+  // The highest one.
   int32_t highest = kHighestLazyLevel;
 };
 

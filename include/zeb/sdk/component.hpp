@@ -9,6 +9,7 @@
 
 namespace zeb::sdk {
 
+// A container and one reference to it. Operations throw Failure.
 class Component : public Owner<detail::Counted<ZEBContainer, Containers>> {
  public:
   using Base = Owner<detail::Counted<ZEBContainer, Containers>>;
@@ -37,6 +38,7 @@ class Component : public Owner<detail::Counted<ZEBContainer, Containers>> {
 
   [[nodiscard]] Component share() const { return Component(Base::share().handOver()); }
 
+  // Adds an interface before the others; one that is there already stays where it is.
   void addInterface(const Atom& name) const {
     check(procs<Containers>().RegisterInterface(get(), name.get()));
   }

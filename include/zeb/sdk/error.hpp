@@ -36,8 +36,11 @@ class Error : public Owner<detail::Counted<ZEBErrorObject, Errors>> {
 
   // The texts live as long as the error; empty when there is none.
   [[nodiscard]] std::string_view message() const { return text(procs<Errors>().GetErrorMessage); }
+  // The name of the component that failed.
   [[nodiscard]] std::string_view component() const { return text(procs<Errors>().GetComponent); }
+  // The number within the component; 0 when there is no error.
   [[nodiscard]] int32_t id() const { return procs<Errors>().GetID(get()); }
+  // Whether it is the component's error of that number.
   [[nodiscard]] bool is(std::string_view component, int32_t id) const {
     return this->id() == id && this->component() == component;
   }
@@ -52,11 +55,14 @@ class Error : public Owner<detail::Counted<ZEBErrorObject, Errors>> {
 // An Error on its way through C++.
 class Failure : public std::exception {
  public:
+  // Carries the error.
   explicit Failure(Error error) : error_(std::move(error)) {}
   Failure(const Failure& other) : std::exception(other), error_(other.error_.share()) {}
   Failure& operator=(const Failure&) = delete;
 
+  // The error; it lives as long as the Failure.
   [[nodiscard]] const Error& error() const noexcept { return error_; }
+  // The error's message.
   [[nodiscard]] const char* what() const noexcept override {
     try {
       const std::string_view message = error_.message();
@@ -81,11 +87,15 @@ template <class T>
 class [[nodiscard]] Result {
  public:
   // NOLINTBEGIN(google-explicit-constructor): `return value;` and `return error;` are the point
+  // A result that holds the value.
   Result(T value) : held_(std::in_place_index<0>, std::move(value)) {}
+  // A result without a value.
   Result(Error error) : held_(std::in_place_index<1>, std::move(error)) {}
   // NOLINTEND(google-explicit-constructor)
 
+  // Whether there is a value.
   [[nodiscard]] bool ok() const noexcept { return held_.index() == 0; }
+  // The same.
   explicit operator bool() const noexcept { return ok(); }
 
   // The value; throws the error as Failure when there is none.
@@ -99,6 +109,7 @@ class [[nodiscard]] Result {
   }
   // Only when ok().
   [[nodiscard]] T& operator*() noexcept { return *std::get_if<0>(&held_); }
+  // Only when ok().
   [[nodiscard]] T* operator->() noexcept { return std::get_if<0>(&held_); }
   // Only when not ok().
   [[nodiscard]] const Error& error() const noexcept { return *std::get_if<1>(&held_); }
@@ -112,19 +123,26 @@ class [[nodiscard]] Result {
   std::variant<T, Error> held_;
 };
 
+// Success, or the error that stands in its place.
 template <>
 class [[nodiscard]] Result<void> {
  public:
+  // Success.
   Result() noexcept = default;
+  // A failure; success when there is no error.
   // NOLINTNEXTLINE(google-explicit-constructor): `return error;` is the point
   Result(Error error) noexcept : error_(std::move(error)) {}
 
+  // Whether it is success.
   [[nodiscard]] bool ok() const noexcept { return !error_; }
+  // The same.
   explicit operator bool() const noexcept { return ok(); }
+  // Throws the error as Failure when there is one.
   void value() {
     if (!ok()) [[unlikely]]
       throw Failure(std::move(error_));
   }
+  // Only when not ok().
   [[nodiscard]] const Error& error() const noexcept { return error_; }
 
  private:

@@ -33,8 +33,10 @@
 
 namespace zeb::sdk {
 
+// Adds up what the counters counted during sessions, and reports it when the module stops.
 class EventAccumulator final : public LazyTerminate {
  public:
+  // Its level among the lazy objects (lazy_walk.hpp).
   static constexpr int32_t kLevel = 8;
 
   // `reportName` is relative to the executable's directory and not copied; without one there is no
@@ -78,6 +80,7 @@ class EventAccumulator final : public LazyTerminate {
     openSessions_.fetch_add(1, std::memory_order_relaxed);
     return EventSnapshot::take(events_);
   }
+  // Ends the session that began with `start`; any thread.
   void endSession(EventSnapshot start) {
     EventSnapshot end = EventSnapshot::take(events_);
     endSession(std::move(start), std::move(end));
@@ -236,6 +239,7 @@ class EventAccumulator final : public LazyTerminate {
 // A session, from its construction to its destruction.
 class EventSession {
  public:
+  // Begins a session of the accumulator, which outlives it.
   explicit EventSession(EventAccumulator& accumulator)
       : accumulator_(accumulator), start_(accumulator.beginSession()) {}
   EventSession(const EventSession&) = delete;
@@ -250,7 +254,8 @@ class EventSession {
 }  // namespace zeb::sdk
 
 namespace ZEB_T_MT {
+// The class under the name that older sources know.
 using CZEBEventAccumulator = zeb::sdk::EventAccumulator;
-}
+}  // namespace ZEB_T_MT
 
 #endif

@@ -15,6 +15,7 @@
 
 namespace zeb::sdk {
 
+// A module's hold of the event interface.
 class EventBinding {
  public:
   constexpr EventBinding() noexcept = default;

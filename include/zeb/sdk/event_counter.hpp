@@ -14,8 +14,10 @@
 
 namespace zeb::sdk {
 
+// A counter that is registered while its module is started.
 class EventCounter final : public LazyTerminate {
  public:
+  // Its level among the lazy objects (lazy_walk.hpp).
   static constexpr int32_t kLevel = 1;
 
   // The name is not copied.
@@ -47,8 +49,11 @@ class EventCounter final : public LazyTerminate {
     if (handle_ != nullptr) signal_(handle_, amount);
   }
 
+  // The pointer that it was made with.
   [[nodiscard]] const char* name() const noexcept { return name_; }
+  // As it was made with.
   [[nodiscard]] int32_t criticality() const noexcept { return criticality_; }
+  // Whether an event service has it now.
   [[nodiscard]] bool registered() const noexcept { return handle_ != nullptr; }
 
  private:
@@ -64,7 +69,8 @@ class EventCounter final : public LazyTerminate {
 }  // namespace zeb::sdk
 
 namespace ZEB_T_MT {
+// The class under the name that older sources know.
 using CZEBEventCounter = zeb::sdk::EventCounter;
-}
+}  // namespace ZEB_T_MT
 
 #endif

@@ -11,6 +11,7 @@
 
 namespace zeb::sdk {
 
+// All counters at one moment; its only owner gives the records back.
 class EventSnapshot {
  public:
   EventSnapshot() noexcept = default;
@@ -38,7 +39,9 @@ class EventSnapshot {
     return {records, count, procs->DeleteEventSnapshot};
   }
 
+  // False for one that could not be taken.
   [[nodiscard]] bool exists() const noexcept { return records_ != nullptr; }
+  // The records, the latest counter first; empty when there are none.
   [[nodiscard]] std::span<ZEBEventRecord> records() const noexcept { return {records_, count_}; }
 
   // Lets the records go without giving them back: their service may be gone.

@@ -19,22 +19,27 @@
 namespace zeb::sdk {
 
 #if defined(_WIN32)
+// What stands between the parts of a path.
 inline constexpr const char* kPathSeparators = "\\/";
 
 // Stores the executable's path; answers its length, or that of the room when it does not fit.
 inline size_t readExecutablePath(std::vector<char>& room) {
   return GetModuleFileNameA(nullptr, room.data(), static_cast<DWORD>(room.size()));
 }
+// Whether the path means the same wherever the program runs.
 inline bool isAbsolutePath(const std::string& path) {
   return path.find(':') != std::string::npos || path.find_first_of(kPathSeparators) == 0;
 }
 #else
+// What stands between the parts of a path.
 inline constexpr const char* kPathSeparators = "/";
 
+// Stores the executable's path; answers its length, or that of the room when it does not fit.
 inline size_t readExecutablePath(std::vector<char>& room) {
   const ssize_t length = readlink("/proc/self/exe", room.data(), room.size());
   return length > 0 ? static_cast<size_t>(length) : 0;
 }
+// Whether the path means the same wherever the program runs.
 inline bool isAbsolutePath(const std::string& path) { return path.starts_with('/'); }
 #endif
 

@@ -17,11 +17,16 @@
 
 #include "zeb/zeb.h"
 
+// The struct that describes an interface; ZEB_SDK_INTERFACE is what to write.
 #define ZEB_SDK_INTERFACE_FROM(Name, text, rows, ProcsType, guarded)                           \
   struct Name {                                                                                \
+    /* The struct of procs. */                                                                 \
     using Procs = ProcsType;                                                                   \
+    /* The interface's name. */                                                                \
     static constexpr const char* kName = text;                                                 \
+    /* Whether bindings compare signatures. */                                                 \
     static constexpr bool kGuarded = guarded;                                                  \
+    /* What fills the struct, in the order of its members. */                                  \
     static constexpr auto kRequests = std::to_array<ZEBProcRequest>({rows(ZEB_PROC_REQUEST)}); \
     /* Calls visit(request, proc) for each proc of the struct. */                              \
     template <class Visit>                                                                     \
@@ -34,8 +39,10 @@
       rows(ZEB_SDK_VISIT_TYPE)                                                                 \
     }                                                                                          \
   }
+// A row as a call of the visitor with the proc.
 #define ZEB_SDK_VISIT_PROC(member, method, proc) \
   visit(ZEBProcRequest{#method, #proc}, procs.member);
+// A row as a call of the visitor with the proc's type.
 #define ZEB_SDK_VISIT_TYPE(member, method, proc) \
   visit.template operator()<proc>(ZEBProcRequest{#method, #proc});
 
@@ -50,8 +57,10 @@
 #define ZEB_SDK_OWN(Name, PREFIX, ProcsType) \
   ZEB_SDK_INTERFACE_FROM(Name, PREFIX##_INTERFACE, PREFIX##_PROCS, ProcsType, false)
 
+// C++ over the C contract: owners, bindings, errors, and what a module has of its own.
 namespace zeb::sdk {
 
+// What ZEB_SDK_INTERFACE makes.
 template <class T>
 concept Interface = requires {
   typename T::Procs;

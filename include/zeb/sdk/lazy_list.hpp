@@ -15,6 +15,7 @@ namespace zeb::sdk {
 
 class LazyTerminate;
 
+// The lazy objects of one module, the latest constructed first.
 class LazyList {
  public:
   constexpr LazyList() noexcept = default;
@@ -29,6 +30,7 @@ class LazyList {
   LazyTerminate* head_ = nullptr;
 };
 
+// A lazy object: the base of those that are listed.
 class LazyTerminate {
  public:
   // The list outlives the object.
@@ -52,6 +54,7 @@ class LazyTerminate {
   // Drops what the object holds without giving it back.
   virtual void forget() {}
 
+  // A start initialises the levels that it is told (client_start.hpp).
   [[nodiscard]] int32_t level() const noexcept { return level_; }
   // The object constructed before this one.
   [[nodiscard]] LazyTerminate* older() const noexcept { return older_; }
@@ -65,8 +68,10 @@ class LazyTerminate {
 
 }  // namespace zeb::sdk
 
+// Names that older sources know.
 namespace ZEB_T_MT {
+// The class under the name that older sources know.
 using LazyTerminate = zeb::sdk::LazyTerminate;
-}
+}  // namespace ZEB_T_MT
 
 #endif

@@ -11,6 +11,7 @@ namespace zeb::sdk {
 
 // Levels outside these bounds are not initialised by an ordinary start.
 inline constexpr int32_t kLowestLazyLevel = 0;
+// The upper bound.
 inline constexpr int32_t kHighestLazyLevel = 65000;
 
 // Terminates every object before `end`, whatever its level, in list order.

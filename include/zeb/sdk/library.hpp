@@ -19,20 +19,22 @@ namespace zeb::sdk {
 
 // What a host chooses when it starts the library; see ZEBInitialize4 in exports.h.
 struct StartOptions {
+  // Where pages come from; both, or malloc and free.
   ZEBPageAlloc pageAlloc = nullptr;
-  ZEBPageFree pageFree = nullptr;
+  ZEBPageFree pageFree = nullptr;  // where they go
+  // Where every object comes from: all four, or none of them counts.
   ZEBObjAlloc objAlloc = nullptr;
-  ZEBObjRealloc objRealloc = nullptr;
-  ZEBObjFree objFree = nullptr;
-  ZEBObjSize objSize = nullptr;
+  ZEBObjRealloc objRealloc = nullptr;  // changes a block's size
+  ZEBObjFree objFree = nullptr;        // takes a block back
+  ZEBObjSize objSize = nullptr;        // tells a block's size
   // Told what the library and the modules report, through a procedure of Library's own, which is
   // what "ZEBReportError" then names.
   ZEBErrorReport errorReport = nullptr;
-  ZEBPurgeRequest purgeRequest = nullptr;
-  uint32_t flags = ZEB_FLAG_MULTI_THREADED;
+  ZEBPurgeRequest purgeRequest = nullptr;    // asked to purge the cache; null: the library does
+  uint32_t flags = ZEB_FLAG_MULTI_THREADED;  // looked at only with allocators of the host's
   // Never 0. After a stop, what stop() returned.
   uint32_t unregisterCountStart = 1;
-  uint64_t hostValue = 0;
+  uint64_t hostValue = 0;  // kept, never looked at
 };
 
 // The library could not be loaded or refused to start; what() says which.
@@ -41,6 +43,7 @@ class StartFailure : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// A start of the library, which ends with this object.
 class Library {
  public:
   // Loads the shared library by path or name, and starts it. It stays loaded: objects that outlive

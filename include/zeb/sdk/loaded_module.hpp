@@ -29,7 +29,7 @@ struct ModuleOptions {
   // The names of the two functions, for modules of another convention. The start returns 0 to
   // refuse, and both have the types of module_entry.h.
   const char* startName = ZEB_MODULE_START;
-  const char* stopName = ZEB_MODULE_STOP;
+  const char* stopName = ZEB_MODULE_STOP;  // the stop's
 };
 
 // A module that does not run. what() names the file and says why.

@@ -9,9 +9,13 @@
 
 namespace zeb::sdk {
 
+// One for each shared object, and one for the executable.
 struct Module {
+  // Its objects that work between start and stop.
   LazyList lazyList;
+  // Its hold of the event interface.
   EventBinding events;
+  // Whether startClient has started it.
   bool started = false;
 };
 

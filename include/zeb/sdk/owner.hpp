@@ -9,13 +9,15 @@
 
 namespace zeb::sdk {
 
-// How a kind of handle is counted. addReference and release are never called with null, and release
-// must not throw.
+// One reference to an object, or none. Counting says how objects of the kind are counted: its
+// addReference and release are never called with null, and release must not throw.
 template <class Counting>
 class Owner {
  public:
+  // The kind of object that is owned.
   using Handle = typename Counting::Handle;
 
+  // Owns nothing.
   constexpr Owner() noexcept = default;
   Owner(Owner&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)) {}
   Owner& operator=(Owner&& other) noexcept {
@@ -33,17 +35,21 @@ class Owner {
     if (handle != nullptr) Counting::addReference(handle);
     return Owner(handle);
   }
+  // Adds a reference for a second owner.
   [[nodiscard]] Owner share() const { return share(handle_); }
 
   // Still this owner's; for calls of procs.
   [[nodiscard]] Handle* get() const noexcept { return handle_; }
   // The caller's from now on.
   [[nodiscard]] Handle* handOver() noexcept { return std::exchange(handle_, nullptr); }
+  // Whether anything is owned.
   explicit operator bool() const noexcept { return handle_ != nullptr; }
 
+  // Gives back what is owned.
   void reset() noexcept {
     if (Handle* handle = std::exchange(handle_, nullptr)) Counting::release(handle);
   }
+  // Exchanges what both own.
   void swap(Owner& other) noexcept { std::swap(handle_, other.handle_); }
 
   // For procs that answer through an out argument. What was owned before is given back.

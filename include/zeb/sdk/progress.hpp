@@ -9,6 +9,7 @@
 
 namespace zeb::sdk {
 
+// A listener to an operation, and one reference to it.
 class Progress : public Owner<detail::Counted<ZEBProgress, Progresses>> {
  public:
   using Base = Owner<detail::Counted<ZEBProgress, Progresses>>;

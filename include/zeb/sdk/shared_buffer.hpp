@@ -11,6 +11,7 @@
 
 namespace zeb::sdk {
 
+// A block of bytes, and one reference to it.
 class SharedBuffer : public Owner<detail::Counted<ZEBSharedBuffer, SharedBuffers>> {
  public:
   using Base = Owner<detail::Counted<ZEBSharedBuffer, SharedBuffers>>;

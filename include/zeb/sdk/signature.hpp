@@ -21,6 +21,7 @@ namespace zeb::sdk {
 
 // Published beside a guarded proc.
 using SignatureProc = const char* (*)();
+// Ends the name under which it is published, after the proc's own.
 inline constexpr std::string_view kSignatureSuffix = "#signature";
 
 namespace detail {

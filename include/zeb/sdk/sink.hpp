@@ -46,8 +46,10 @@ struct SinkCounting {
 // What follows a filter in its chain, while the filter works.
 class Next {
  public:
+  // What follows this filter.
   explicit Next(ZEBDataSink* filter) noexcept : filter_(filter) {}
 
+  // Writes into it. Throws Failure.
   void write(std::span<const std::byte> bytes) const {
     const auto& filters = procs<Filters>();
     check(filters.Write(filters.PeekTarget(filter_), bytes.data(), bytes.size()));
@@ -120,6 +122,7 @@ class Sink : public Owner<detail::SinkCounting> {
     return shared;
   }
 
+  // Writes all of the bytes.
   void write(std::span<const std::byte> bytes) const {
     check(procs<Filters>().Write(get(), bytes.data(), bytes.size()));
   }
@@ -130,6 +133,7 @@ class Sink : public Owner<detail::SinkCounting> {
   // Puts a sink, or another chain, at the end of this filter's chain.
   void append(const Sink& sink) const { check(procs<Filters>().SetDataSink(get(), sink.get())); }
 
+  // Whether it passes on what it gets.
   [[nodiscard]] bool isFilter() const { return procs<Filters>().IsFilter(get()) != 0; }
 
   // What the chain writes into next, with a reference of its own; none at the end of the chain.
@@ -144,6 +148,7 @@ class Sink : public Owner<detail::SinkCounting> {
   void setImageParameters(uint32_t first, uint32_t second, uint32_t third) const {
     procs<Filters>().SetImageParameters(get(), first, second, third);
   }
+  // The same with the compression parameter.
   void setCompressionParameters(float value) const {
     procs<Filters>().SetCompressionParameters(get(), value);
   }

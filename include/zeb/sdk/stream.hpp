@@ -18,6 +18,7 @@
 
 namespace zeb::sdk {
 
+// Where an offset counts from.
 enum class Origin : uint32_t {
   beginning = ZEB_SEEK_FROM_BEGINNING,
   position = ZEB_SEEK_FROM_POSITION,
@@ -89,11 +90,14 @@ class Stream : public Owner<detail::Counted<ZEBContainer, Containers>> {
     check(procs<SimpleStreams>().Write(get(), bytes.data(), bytes.size()));
   }
 
+  // Goes back to the beginning.
   [[nodiscard]] Result<void> tryRewind() const {
     return Error(procs<RewindableStreams>().Rewind(get()));
   }
   void rewind() const { check(procs<RewindableStreams>().Rewind(get())); }
 
+  // Moves to `offset` bytes from the origin. How far past the end it may go depends on the bytes
+  // (positionable_stream.h).
   [[nodiscard]] Result<void> trySeek(int64_t offset, Origin origin = Origin::beginning) const {
     return Error(procs<PositionableStreams>().Seek(get(), offset, static_cast<uint32_t>(origin)));
   }
@@ -101,6 +105,7 @@ class Stream : public Owner<detail::Counted<ZEBContainer, Containers>> {
     check(procs<PositionableStreams>().Seek(get(), offset, static_cast<uint32_t>(origin)));
   }
 
+  // The position in bytes from the beginning.
   [[nodiscard]] Result<uint64_t> tryPosition() const {
     uint64_t position = 0;
     Error error(procs<PositionableStreams>().Mark(get(), &position));
@@ -109,6 +114,7 @@ class Stream : public Owner<detail::Counted<ZEBContainer, Containers>> {
   }
   [[nodiscard]] uint64_t position() const { return tryPosition().value(); }
 
+  // Brings written bytes of a file to the system; nothing for other streams.
   [[nodiscard]] Result<void> tryFlush() const {
     return Error(procs<PositionableStreams>().Flush(get()));
   }
@@ -138,12 +144,15 @@ class Stream : public Owner<detail::Counted<ZEBContainer, Containers>> {
 // failed operations, and lastError() tells what it was.
 class StreamBuffer : public std::streambuf {
  public:
+  // Takes the stream over, at its position.
   explicit StreamBuffer(Stream stream) noexcept : stream_(std::move(stream)) {}
   StreamBuffer(const StreamBuffer&) = delete;
   StreamBuffer& operator=(const StreamBuffer&) = delete;
   ~StreamBuffer() override { (void)writeOut(); }
 
+  // The stream; what was read ahead or not yet written out, it does not know of.
   [[nodiscard]] const Stream& stream() const noexcept { return stream_; }
+  // Why the last operation that failed did so; none when all went well.
   [[nodiscard]] const Error& lastError() const noexcept { return lastError_; }
 
  protected:
@@ -230,6 +239,7 @@ class StreamBuffer : public std::streambuf {
 // A stream of the library as a std::iostream.
 class IOStream : private StreamBuffer, public std::iostream {
  public:
+  // Takes the stream over, at its position.
   explicit IOStream(Stream stream)
       : StreamBuffer(std::move(stream)), std::iostream(static_cast<StreamBuffer*>(this)) {}
 
