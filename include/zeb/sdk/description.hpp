@@ -22,11 +22,12 @@
 
 namespace zeb::sdk::description {
 
-// In the order in which they are registered.
+// Every interface, in the order in which they are registered.
 ZEB_SDK_MODULE_LOCAL constexpr std::span<const Interface> interfaces() noexcept {
   return tables::kInterfaces;
 }
 
+// The functions that the library exports.
 ZEB_SDK_MODULE_LOCAL constexpr std::span<const Function> exports() noexcept {
   return tables::kExports;
 }
@@ -46,16 +47,20 @@ ZEB_SDK_MODULE_LOCAL constexpr const Element* findNamed(std::span<const Element>
 
 }  // namespace detail
 
-// Each of these answers null for what is not described. None compares an address of the tables with
-// null, which is no constant expression for g++ under its undefined-behaviour sanitizer.
+// None of these compares an address of the tables with null, which is no constant expression for
+// g++ under its undefined-behaviour sanitizer.
+
+// The interface of that name; null when it is not described.
 ZEB_SDK_MODULE_LOCAL constexpr const Interface* findInterface(std::string_view name) noexcept {
   return detail::findNamed(interfaces(), name);
 }
 
+// The exported function of that name; null when it is not described.
 ZEB_SDK_MODULE_LOCAL constexpr const Function* findExport(std::string_view name) noexcept {
   return detail::findNamed(exports(), name);
 }
 
+// The interface's proc of those names; null when it is not described.
 ZEB_SDK_MODULE_LOCAL constexpr const Proc* findProc(const Interface& holder,
                                                     std::string_view method,
                                                     std::string_view name) noexcept {
@@ -65,6 +70,7 @@ ZEB_SDK_MODULE_LOCAL constexpr const Proc* findProc(const Interface& holder,
   return nullptr;
 }
 
+// The proc of those three names; null when it is not described.
 ZEB_SDK_MODULE_LOCAL constexpr const Proc* findProc(std::string_view interfaceName,
                                                     std::string_view method,
                                                     std::string_view name) noexcept {
@@ -118,9 +124,10 @@ ZEB_SDK_MODULE_LOCAL constexpr std::string_view wordOf(Failure failure) noexcept
 
 // Every tag, with its word, in the order in which it is written.
 struct ThreadTag {
-  Threads tag;
-  std::string_view word;
+  Threads tag;            // one bit
+  std::string_view word;  // as the headers write it
 };
+// They all.
 ZEB_SDK_MODULE_LOCAL inline constexpr auto kThreadTags = std::to_array<ThreadTag>({
     {Threads::anyThread, "any-thread"},
     {Threads::frameThread, "frame-thread"},

@@ -8,6 +8,7 @@
 
 namespace zeb::sdk::description {
 
+// Which way a parameter goes.
 enum class Direction : uint8_t { in, out, inout };
 
 // What a null in the place of a pointer comes to.
@@ -41,6 +42,7 @@ enum class Ownership : uint8_t {
 // What an out parameter holds after a failure.
 enum class OnFailure : uint8_t { unsaid, cleared, untouched, undefined };
 
+// What a call answers with.
 enum class Convention : uint8_t {
   error,    // null is success, else an error of which the caller owns one reference
   value,    // the result itself
@@ -59,6 +61,7 @@ enum class Threads : uint8_t {
   callsHost = 8,    // procedures of the host or of a client may be called meanwhile
 };
 
+// The tags of both.
 [[nodiscard]] constexpr Threads operator|(Threads left, Threads right) noexcept {
   return static_cast<Threads>(static_cast<uint8_t>(left) | static_cast<uint8_t>(right));
 }
@@ -69,30 +72,32 @@ enum class Threads : uint8_t {
 
 // A kind of object, and the methods that count its references, each as "Interface/Method".
 struct Handle {
-  std::string_view kind;
+  std::string_view kind;          // what the description calls it
   std::string_view type;          // of C, without the asterisk
   std::string_view addReference;  // empty: it has one owner and no count
-  std::string_view release;
+  std::string_view release;       // gives a reference back, or ends what has one owner
 };
 
+// What a call is given.
 struct Parameter {
-  std::string_view name;
-  std::string_view type;  // of C
-  Direction direction = Direction::in;
-  NullRule null = NullRule::noPointer;
-  Ownership ownership = Ownership::none;
-  OnFailure onFailure = OnFailure::unsaid;
-  const Handle* handle = nullptr;  // null: no object of the library
-  std::string_view endedBy = {};   // the parameter whose procedure ends this client data
+  std::string_view name;                    // as the headers call it
+  std::string_view type;                    // of C
+  Direction direction = Direction::in;      // which way it goes
+  NullRule null = NullRule::noPointer;      // what a null comes to
+  Ownership ownership = Ownership::none;    // whose it is afterwards
+  OnFailure onFailure = OnFailure::unsaid;  // what it then holds, if it goes out
+  const Handle* handle = nullptr;           // null: no object of the library
+  std::string_view endedBy = {};            // the parameter whose procedure ends this client data
 };
 
+// What a call answers.
 struct Result {
-  std::string_view type;  // of C
-  Convention convention = Convention::nothing;
-  Failure failure = Failure::none;
-  bool zeroIsAnswer = false;  // null or 0 is an ordinary answer, too
-  Ownership ownership = Ownership::none;
-  const Handle* handle = nullptr;  // null: no object of the library
+  std::string_view type;                        // of C
+  Convention convention = Convention::nothing;  // what the answer is
+  Failure failure = Failure::none;              // what a failure answers
+  bool zeroIsAnswer = false;                    // null or 0 is an ordinary answer, too
+  Ownership ownership = Ownership::none;        // whose it is
+  const Handle* handle = nullptr;               // null: no object of the library
 };
 
 // What a proc and an exported function have in common.
@@ -101,22 +106,24 @@ struct Function {
   std::string_view signature;  // as signatureOf writes it (signature.hpp)
   std::string_view summary;    // one sentence
   uint32_t since = 0;  // the first version of the library that has it, as ZEBGetVersion says
-  Threads threads = Threads::none;
-  Result result;
-  std::span<const Parameter> parameters;
+  Threads threads = Threads::none;        // which threads may call
+  Result result;                          // what it answers
+  std::span<const Parameter> parameters;  // what it is given, in order
 };
 
+// One version of a method.
 struct Proc : Function {
-  std::string_view method;
-  uint16_t version = 0;  // tells the procs of a method apart, the newest has the highest
-  bool older = false;    // served for programs that ask for it; new ones want the newest
+  std::string_view method;  // the name that its versions share
+  uint16_t version = 0;     // tells the procs of a method apart, the newest has the highest
+  bool older = false;       // served for programs that ask for it; new ones want the newest
 };
 
+// Procs under one name.
 struct Interface {
-  std::string_view name;
-  std::string_view title;
-  std::string_view header;  // as it is included
-  std::span<const Proc> procs;
+  std::string_view name;        // under which it is registered
+  std::string_view title;       // what it is about
+  std::string_view header;      // as it is included
+  std::span<const Proc> procs;  // in the order in which they are registered
 };
 
 }  // namespace zeb::sdk::description
