@@ -44,7 +44,7 @@ TEST_F(Purges, OnePurgeGoesOnAtATime) {
   second = sdk::CachePurge::begin();
   EXPECT_TRUE(second.step());
   EXPECT_EQ(sdk::cacheSize(), 0);
-  second.end();
+  second.reset();
   EXPECT_FALSE(second);
 }
 

@@ -154,10 +154,10 @@ TEST_F(Sinks, MovedChainEndRestoresOnce) {
   sdk::ChainEnd before(chain);
   sdk::ChainEnd moved = std::move(before);
   chain.append(sdk::Sink::null());
-  before.restore();  // NOLINT(bugprone-use-after-move): that is the point
+  before.reset();  // NOLINT(bugprone-use-after-move): that is the point
   chain.write(bytesOf("nowhere"));
-  moved.restore();
-  moved.restore();
+  moved.reset();
+  moved.reset();
   chain.write(bytesOf("here"));
   EXPECT_EQ(arrived, "HERE");
 }

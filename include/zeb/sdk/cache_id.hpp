@@ -73,28 +73,24 @@ CachedResult(Value, uint64_t) -> CachedResult<Value>;
 template <class Make, class Value>
 concept CacheMaker = std::convertible_to<std::invoke_result_t<Make&>, CachedResult<Value>>;
 
-// A cached value that cannot be evicted as long as this object lives.
+namespace detail {
+
+// A pin holds a reference, and both go together.
+struct PinEnding {
+  using Handle = ZEBCacheID;
+  static void release(Handle* id) noexcept {
+    if (const auto* cache = tryProcs<Cache>()) cache->MarkPurge(id);
+  }
+};
+
+}  // namespace detail
+
+// A cached value that cannot be evicted as long as this object lives. After a move only the new one
+// may be used.
 template <class Value>
 class Pinned {
  public:
-  // Leaves the other one without a value.
-  Pinned(Pinned&& other) noexcept
-      : id_(std::exchange(other.id_, nullptr)), value_(std::exchange(other.value_, nullptr)) {}
-  // What was pinned before may be evicted.
-  Pinned& operator=(Pinned&& other) noexcept {
-    Pinned taken(std::move(other));
-    std::swap(id_, taken.id_);
-    std::swap(value_, taken.value_);
-    return *this;
-  }
-  Pinned(const Pinned&) = delete;
-  Pinned& operator=(const Pinned&) = delete;
-  ~Pinned() {
-    if (id_ == nullptr) return;
-    if (const auto* cache = tryProcs<Cache>()) cache->MarkPurge(id_);
-  }
-
-  // The value; not after it was moved from.
+  // The value.
   [[nodiscard]] const Value& operator*() const noexcept { return *value_; }
   // The value's members.
   [[nodiscard]] const Value* operator->() const noexcept { return value_; }
@@ -104,9 +100,9 @@ class Pinned {
   friend class CacheSet;
   template <class>
   friend class CachedValue;
-  Pinned(ZEBCacheID* id, const Value* value) noexcept : id_(id), value_(value) {}
+  Pinned(ZEBCacheID* id, const Value* value) noexcept : pin_(id), value_(value) {}
 
-  ZEBCacheID* id_;  // pinned; the pin holds a reference
+  SoleOwner<detail::PinEnding> pin_;
   const Value* value_;
 };
 

@@ -2,57 +2,41 @@
 #ifndef ZEB_SDK_CACHE_PURGE_HPP
 #define ZEB_SDK_CACHE_PURGE_HPP
 
-#include <new>
-#include <utility>
-
-#include "zeb/sdk/binding.hpp"
+#include "zeb/sdk/owner.hpp"
 
 namespace zeb::sdk {
 
 // The total size of all cached results of the process, in their makers' unit.
 [[nodiscard]] inline int64_t cacheSize() { return procs<Cache>().CurrentCacheSize(); }
 
+namespace detail {
+
+struct PurgeEnding {
+  using Handle = ZEBCachePurge;
+  static void release(Handle* purge) noexcept {
+    if (const auto* cache = tryProcs<Cache>()) cache->DeleteCachePurge(purge);
+  }
+};
+
+}  // namespace detail
+
 // A purge that the caller does step by step, between other work:
 //
 //   for (CachePurge purge = CachePurge::begin(); cacheSize() > budget && purge.step();) {}
 //
-// One goes on at a time in the process.
-class CachePurge {
+// One goes on at a time in the process, until its object goes or is reset.
+class CachePurge : public SoleOwner<detail::PurgeEnding> {
  public:
   // Sorts the results by what they are worth. When another purge goes on or memory is short there
   // is no purge, whose steps do nothing.
   [[nodiscard]] static CachePurge begin() { return CachePurge(procs<Cache>().NewCachePurge()); }
 
-  // Leaves the other one without a purge.
-  CachePurge(CachePurge&& other) noexcept : purge_(std::exchange(other.purge_, nullptr)) {}
-  // Ends the purge that was owned before.
-  CachePurge& operator=(CachePurge&& other) noexcept {
-    CachePurge taken(std::move(other));
-    std::swap(purge_, taken.purge_);
-    return *this;
-  }
-  CachePurge(const CachePurge&) = delete;
-  CachePurge& operator=(const CachePurge&) = delete;
-  ~CachePurge() { end(); }
-
-  // Whether there is a purge.
-  explicit operator bool() const noexcept { return purge_ != nullptr; }
-
   // Evicts one result, the least worth first, or passes one that is in use. False at the end.
   // NOLINTNEXTLINE(modernize-use-nodiscard): a caller may do a fixed number of steps
-  bool step() { return procs<Cache>().PurgeNextBlock(purge_) != 0; }
-
-  // Ends the purge before its object.
-  void end() noexcept {
-    if (purge_ == nullptr) return;
-    if (const auto* cache = tryProcs<Cache>()) cache->DeleteCachePurge(purge_);
-    purge_ = nullptr;
-  }
+  bool step() { return procs<Cache>().PurgeNextBlock(get()) != 0; }
 
  private:
-  explicit CachePurge(ZEBCachePurge* owned) noexcept : purge_(owned) {}
-
-  ZEBCachePurge* purge_;
+  using SoleOwner::SoleOwner;
 };
 
 // On which threads the library may purge while a ClientPurge lives.

@@ -13,38 +13,36 @@
 #include <utility>
 
 #include "zeb/inspect.h"
-#include "zeb/sdk/binding.hpp"
+#include "zeb/sdk/owner.hpp"
 
 namespace zeb::sdk {
 
+namespace detail {
+
+template <class Record>
+struct InspectedEnding {
+  using Handle = Record;
+  static void release(Handle* answered) noexcept {
+    if (const auto* inspection = tryProcs<Inspection>()) inspection->DeleteSnapshot(answered);
+  }
+};
+
+}  // namespace detail
+
 // An answer of the inspection: an array of records, or a single one, with the texts they point to.
 template <class Record>
-class Inspected {
+class Inspected : private SoleOwner<detail::InspectedEnding<Record>> {
  public:
   // Owns what the inspection has answered.
-  Inspected(Record* answered, uint32_t count) noexcept : records_(answered), count_(count) {}
-  // Leaves the other one without records.
-  Inspected(Inspected&& other) noexcept
-      : records_(std::exchange(other.records_, nullptr)), count_(std::exchange(other.count_, 0)) {}
-  // Gives back what was owned before.
-  Inspected& operator=(Inspected&& other) noexcept {
-    Inspected taken(std::move(other));
-    std::swap(records_, taken.records_);
-    std::swap(count_, taken.count_);
-    return *this;
-  }
-  Inspected(const Inspected&) = delete;
-  Inspected& operator=(const Inspected&) = delete;
-  ~Inspected() {
-    if (records_ == nullptr) return;
-    if (const auto* inspection = tryProcs<Inspection>()) inspection->DeleteSnapshot(records_);
-  }
+  Inspected(Record* answered, uint32_t count) noexcept
+      : SoleOwner<detail::InspectedEnding<Record>>(answered), count_(count) {}
 
-  // They and their texts live as long as this object.
-  [[nodiscard]] std::span<const Record> records() const noexcept { return {records_, count_}; }
+  // They and their texts live as long as this object; none after it was moved from.
+  [[nodiscard]] std::span<const Record> records() const noexcept {
+    return {this->get(), this->get() != nullptr ? count_ : 0};
+  }
 
  private:
-  Record* records_;
   uint32_t count_;
 };
 

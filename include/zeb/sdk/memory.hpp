@@ -11,29 +11,28 @@
 #include <limits>
 #include <new>
 #include <span>
-#include <utility>
 
-#include "zeb/sdk/binding.hpp"
+#include "zeb/sdk/owner.hpp"
 
 namespace zeb::sdk {
 
-// A block of memory and its only owner, aligned to 16 bytes.
-class Block {
- public:
-  // No block.
-  Block() noexcept = default;
-  // Takes over a block that the caller owns, whichever module has allocated it.
-  explicit Block(void* owned) noexcept : block_(owned) {}
-  // Leaves the other one without a block.
-  Block(Block&& other) noexcept : block_(other.handOver()) {}
-  // Frees what was owned before.
-  Block& operator=(Block&& other) noexcept {
-    Block(std::move(other)).swap(*this);
-    return *this;
+namespace detail {
+
+struct BlockEnding {
+  using Handle = void;
+  static void release(Handle* block) noexcept {
+    if (const auto* memory = tryProcs<Memory>()) memory->Free(block);
   }
-  Block(const Block&) = delete;
-  Block& operator=(const Block&) = delete;
-  ~Block() { reset(); }
+};
+
+}  // namespace detail
+
+// A block of memory and its only owner, aligned to 16 bytes. What is handed over is to be freed by
+// ZEBMemoryInterface.
+class Block : public SoleOwner<detail::BlockEnding> {
+ public:
+  // No block, or one that the caller owns, whichever module has allocated it.
+  using SoleOwner::SoleOwner;
 
   // At least `size` bytes, undefined; 0 is a size as any other. Throws std::bad_alloc.
   [[nodiscard]] static Block make(uint64_t size) {
@@ -45,33 +44,16 @@ class Block {
   // Changes the size; the block moves, and what fits stays in it. Throws std::bad_alloc, and the
   // block is then as it was.
   void resize(uint64_t size) {
-    void* moved = procs<Memory>().Realloc(block_, size);
+    void* moved = procs<Memory>().Realloc(get(), size);
     if (moved == nullptr) throw std::bad_alloc();
-    block_ = moved;
+    (void)handOver();
+    *out() = moved;
   }
 
-  // Still this owner's; null for no block.
-  [[nodiscard]] void* get() const noexcept { return block_; }
   // The whole block: at least as many bytes as were asked for. Empty for no block.
   [[nodiscard]] std::span<std::byte> bytes() const {
-    return {static_cast<std::byte*>(block_), procs<Memory>().GetBlockSize(block_)};
+    return {static_cast<std::byte*>(get()), procs<Memory>().GetBlockSize(get())};
   }
-  // The caller's from now on, to be freed by ZEBMemoryInterface.
-  [[nodiscard]] void* handOver() noexcept { return std::exchange(block_, nullptr); }
-  // Whether there is a block.
-  explicit operator bool() const noexcept { return block_ != nullptr; }
-
-  // Frees the block.
-  void reset() noexcept {
-    if (block_ == nullptr) return;
-    if (const auto* memory = tryProcs<Memory>()) memory->Free(block_);
-    block_ = nullptr;
-  }
-  // Exchanges the blocks.
-  void swap(Block& other) noexcept { std::swap(block_, other.block_); }
-
- private:
-  void* block_ = nullptr;
 };
 
 // For the containers of the standard library. Any two are equal: what one has allocated another

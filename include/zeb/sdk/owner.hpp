@@ -1,5 +1,6 @@
-// Owners: each holds one reference to an object of the library and gives it back. They can be moved
-// and not copied; share() adds a reference where a second owner is wanted.
+// Owners: each holds one reference to an object of the library, or the object itself where there is
+// one owner and no count, and gives it back. They can be moved and not copied; share() adds a
+// reference where a second owner is wanted.
 #ifndef ZEB_SDK_OWNER_HPP
 #define ZEB_SDK_OWNER_HPP
 
@@ -9,34 +10,26 @@
 
 namespace zeb::sdk {
 
-// One reference to an object, or none. Counting says how objects of the kind are counted: its
-// addReference and release are never called with null, and release must not throw.
-template <class Counting>
-class Owner {
+// The only owner of something that is not counted, or of nothing. Ending says what it is and how it
+// ends: its release is never called with null and must not throw.
+template <class Ending>
+class SoleOwner {
  public:
-  // The kind of object that is owned.
-  using Handle = typename Counting::Handle;
+  // What is owned.
+  using Handle = typename Ending::Handle;
 
   // Owns nothing.
-  constexpr Owner() noexcept = default;
-  Owner(Owner&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)) {}
-  Owner& operator=(Owner&& other) noexcept {
-    Owner(std::move(other)).swap(*this);
+  constexpr SoleOwner() noexcept = default;
+  // Takes over what the caller owns; null is nothing.
+  explicit SoleOwner(Handle* owned) noexcept : handle_(owned) {}
+  SoleOwner(SoleOwner&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)) {}
+  SoleOwner& operator=(SoleOwner&& other) noexcept {
+    SoleOwner(std::move(other)).swap(*this);
     return *this;
   }
-  Owner(const Owner&) = delete;
-  Owner& operator=(const Owner&) = delete;
-  ~Owner() { reset(); }
-
-  // Takes over a reference that the caller owns.
-  [[nodiscard]] static Owner adopt(Handle* handle) noexcept { return Owner(handle); }
-  // Adds a reference to a handle that stays the caller's.
-  [[nodiscard]] static Owner share(Handle* handle) {
-    if (handle != nullptr) Counting::addReference(handle);
-    return Owner(handle);
-  }
-  // Adds a reference for a second owner.
-  [[nodiscard]] Owner share() const { return share(handle_); }
+  SoleOwner(const SoleOwner&) = delete;
+  SoleOwner& operator=(const SoleOwner&) = delete;
+  ~SoleOwner() { reset(); }
 
   // Still this owner's; for calls of procs.
   [[nodiscard]] Handle* get() const noexcept { return handle_; }
@@ -47,10 +40,10 @@ class Owner {
 
   // Gives back what is owned.
   void reset() noexcept {
-    if (Handle* handle = std::exchange(handle_, nullptr)) Counting::release(handle);
+    if (Handle* handle = std::exchange(handle_, nullptr)) Ending::release(handle);
   }
   // Exchanges what both own.
-  void swap(Owner& other) noexcept { std::swap(handle_, other.handle_); }
+  void swap(SoleOwner& other) noexcept { std::swap(handle_, other.handle_); }
 
   // For procs that answer through an out argument. What was owned before is given back.
   [[nodiscard]] Handle** out() noexcept {
@@ -59,9 +52,32 @@ class Owner {
   }
 
  private:
-  explicit Owner(Handle* handle) noexcept : handle_(handle) {}
-
   Handle* handle_ = nullptr;
+};
+
+// One reference to an object, or none. Counting says how objects of the kind are counted: its
+// addReference and release are never called with null, and release must not throw.
+template <class Counting>
+class Owner : public SoleOwner<Counting> {
+ public:
+  // The kind of object that is owned.
+  using Handle = typename Counting::Handle;
+
+  // Owns nothing.
+  constexpr Owner() noexcept = default;
+
+  // Takes over a reference that the caller owns.
+  [[nodiscard]] static Owner adopt(Handle* handle) noexcept { return Owner(handle); }
+  // Adds a reference to a handle that stays the caller's.
+  [[nodiscard]] static Owner share(Handle* handle) {
+    if (handle != nullptr) Counting::addReference(handle);
+    return Owner(handle);
+  }
+  // Adds a reference for a second owner.
+  [[nodiscard]] Owner share() const { return share(this->get()); }
+
+ private:
+  explicit Owner(Handle* handle) noexcept : SoleOwner<Counting>(handle) {}
 };
 
 namespace detail {

@@ -235,36 +235,27 @@ class Sink : public Owner<detail::SinkCounting> {
   }
 };
 
-// Where a chain of filters ends. When this object goes, the chain ends there again, whatever was
-// appended meanwhile. It holds references to the chain's last filter and to what follows it.
-class ChainEnd {
+namespace detail {
+
+struct ChainEnding {
+  using Handle = ZEBChainState;
+  // It fails for null only.
+  static void release(Handle* state) noexcept {
+    if (const auto* filters = tryProcs<Filters>()) Error(filters->ResetChainState(state)).reset();
+  }
+};
+
+}  // namespace detail
+
+// Where a chain of filters ends. When this object goes, or is reset, the chain ends there again,
+// whatever was appended meanwhile. It holds references to the chain's last filter and to what
+// follows it.
+class ChainEnd : public SoleOwner<detail::ChainEnding> {
  public:
   // Remembers the end of the filter's chain. Throws Failure.
   explicit ChainEnd(const Sink& filter) {
-    check(procs<Filters>().GetChainState(&state_, filter.get()));
+    check(procs<Filters>().GetChainState(out(), filter.get()));
   }
-  // Leaves the other one with nothing to restore.
-  ChainEnd(ChainEnd&& other) noexcept : state_(std::exchange(other.state_, nullptr)) {}
-  // Restores the end that was remembered before.
-  ChainEnd& operator=(ChainEnd&& other) noexcept {
-    ChainEnd taken(std::move(other));
-    std::swap(state_, taken.state_);
-    return *this;
-  }
-  ChainEnd(const ChainEnd&) = delete;
-  ChainEnd& operator=(const ChainEnd&) = delete;
-  ~ChainEnd() { restore(); }
-
-  // Restores the end before this object goes.
-  void restore() noexcept {
-    ZEBChainState* state = std::exchange(state_, nullptr);
-    if (state == nullptr) return;
-    // It fails for null only.
-    if (const auto* filters = tryProcs<Filters>()) Error(filters->ResetChainState(state)).reset();
-  }
-
- private:
-  ZEBChainState* state_ = nullptr;
 };
 
 }  // namespace zeb::sdk
