@@ -1,0 +1,41 @@
+// All of the C++ headers, but for the tables of the description (zeb/sdk/description.hpp), which
+// few programs want and which are large.
+#ifndef ZEB_SDK_HPP
+#define ZEB_SDK_HPP
+
+#include "zeb/sdk/atom.hpp"
+#include "zeb/sdk/attachment.hpp"
+#include "zeb/sdk/binding.hpp"
+#include "zeb/sdk/cache.hpp"
+#include "zeb/sdk/cache_id.hpp"
+#include "zeb/sdk/cache_purge.hpp"
+#include "zeb/sdk/client_start.hpp"
+#include "zeb/sdk/client_stream.hpp"
+#include "zeb/sdk/component.hpp"
+#include "zeb/sdk/error.hpp"
+#include "zeb/sdk/event_accumulator.hpp"
+#include "zeb/sdk/event_binding.hpp"
+#include "zeb/sdk/event_counter.hpp"
+#include "zeb/sdk/event_snapshot.hpp"
+#include "zeb/sdk/executable_directory.hpp"
+#include "zeb/sdk/host_reports.hpp"
+#include "zeb/sdk/inspection.hpp"
+#include "zeb/sdk/interface.hpp"
+#include "zeb/sdk/lazy_list.hpp"
+#include "zeb/sdk/lazy_walk.hpp"
+#include "zeb/sdk/library.hpp"
+#include "zeb/sdk/loaded_module.hpp"
+#include "zeb/sdk/memory.hpp"
+#include "zeb/sdk/module.hpp"
+#include "zeb/sdk/module_entry.hpp"
+#include "zeb/sdk/module_local.hpp"
+#include "zeb/sdk/owner.hpp"
+#include "zeb/sdk/progress.hpp"
+#include "zeb/sdk/publication.hpp"
+#include "zeb/sdk/shared_buffer.hpp"
+#include "zeb/sdk/shared_object.hpp"
+#include "zeb/sdk/signature.hpp"
+#include "zeb/sdk/sink.hpp"
+#include "zeb/sdk/stream.hpp"
+
+#endif
