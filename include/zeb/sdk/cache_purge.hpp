@@ -29,14 +29,15 @@ class CachePurge : public SoleOwner<detail::PurgeEnding> {
  public:
   // Sorts the results by what they are worth. When another purge goes on or memory is short there
   // is no purge, whose steps do nothing.
-  [[nodiscard]] static CachePurge begin() { return CachePurge(procs<Cache>().NewCachePurge()); }
+  [[nodiscard]] static CachePurge begin() {
+    CachePurge purge;
+    *purge.out() = procs<Cache>().NewCachePurge();
+    return purge;
+  }
 
   // Evicts one result, the least worth first, or passes one that is in use. False at the end.
   // NOLINTNEXTLINE(modernize-use-nodiscard): a caller may do a fixed number of steps
   bool step() { return procs<Cache>().PurgeNextBlock(get()) != 0; }
-
- private:
-  using SoleOwner::SoleOwner;
 };
 
 // On which threads the library may purge while a ClientPurge lives.
