@@ -33,6 +33,13 @@ def write(folder, texts):
             path.write_text(text, encoding="utf-8")
 
 
+def replace(folder, texts, pattern):
+    """Writes the texts and removes what else there is of the pattern."""
+    write(folder, texts)
+    for name in sorted({path.name for path in folder.glob(pattern)} - set(texts)):
+        (folder / name).unlink()
+
+
 def differences(folder, texts, pattern="*.md"):
     """One line for each file of the folder that is not what was generated."""
     there = {path.name for path in folder.glob(pattern)}
@@ -59,13 +66,11 @@ def main(arguments):
     match arguments:
         case ["pages"]:
             texts = pages(description)
-            write(PAGES, texts)
-            for name in sorted({path.name for path in PAGES.glob("*.md")} - set(texts)):
-                (PAGES / name).unlink()
+            replace(PAGES, texts, "*.md")
         case ["pages", "--check"]:
             return report("pages", PAGES, list(differences(PAGES, pages(description))))
         case ["headers"]:
-            write(HEADERS, headers(description))
+            replace(HEADERS, headers(description), GENERATED_HEADERS)
         case ["headers", "--check"]:
             faults = differences(HEADERS, headers(description), GENERATED_HEADERS)
             return report("headers", HEADERS, list(faults))

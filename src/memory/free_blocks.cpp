@@ -59,6 +59,7 @@ void FreeBlocks::remove(FreeBlock* block) noexcept {
     return;
   }
   const unsigned index = indexOf(block);
+  if (firsts_[index] != block) return;  // it was forgotten before
   firsts_[index] = next;
   if (next == nullptr) markEmpty(index);
 }
@@ -69,6 +70,10 @@ void FreeBlocks::markEmpty(unsigned index) noexcept {
   if (sizes == 0) usedWords_ &= ~bit(index / kBitsPerWord);
 }
 
-void FreeBlocks::clear() noexcept { *this = FreeBlocks(); }
+void FreeBlocks::clear() noexcept {
+  usedWords_ = 0;
+  usedSizes_.fill(0);
+  firsts_.fill(nullptr);
+}
 
 }  // namespace zeb

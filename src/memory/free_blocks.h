@@ -45,8 +45,9 @@ class FreeBlocks {
 
   // The block's header already holds its size, a multiple of kSizeStep.
   void add(FreeBlock* block) noexcept;
-  // The next one of its size leads in its place.
+  // The next one of its size leads in its place. A block that was forgotten may be removed as well.
   void remove(FreeBlock* block) noexcept;
+  // Forgets every block.
   void clear() noexcept;
 
  private:

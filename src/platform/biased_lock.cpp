@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/backoff.h"
 #include "platform/sleep.h"
 
 namespace zeb {
@@ -29,13 +30,8 @@ void BiasedLock::lockAsAny() noexcept ZEB_NO_THREAD_SAFETY_ANALYSIS {
 void BiasedLock::revoke(unsigned owner) noexcept {
   owner_.store(kNobody, std::memory_order_seq_cst);
   if (!heavyFence()) sleepMilliseconds(kStoresSettledMilliseconds);
-  for (unsigned spins = 0; inside_[owner].load(std::memory_order_seq_cst) != 0; ++spins) {
-    if (spins < kSpins) {
-      pauseProcessor();
-    } else {
-      sleepMilliseconds(0);  // the owner may wait for this processor
-    }
-  }
+  Backoff backoff(kSpins);
+  while (inside_[owner].load(std::memory_order_seq_cst) != 0) backoff.wait();
   neededStreak_ = std::min(neededStreak_ * 2, kLongestStreak);
 }
 

@@ -6,9 +6,10 @@
 // is an ordinary SpinLock until some thread has earned the bias again. Each revocation makes that
 // harder, so that a lock which threads really share is not passed to and fro.
 //
-// It does not nest, calls nothing of the system in the good case, and needs no construction at run
-// time and no destruction. Never call out while holding it, except where the holder says why that
-// is safe.
+// It does not nest: a thread that takes it again waits for ever, or, as the owner, lets others in
+// when it first gives it back. It calls nothing of the system in the good case, and needs no
+// construction at run time and no destruction. Never call out while holding it, except where the
+// holder says why that is safe.
 #ifndef ZEB_PLATFORM_BIASED_LOCK_H
 #define ZEB_PLATFORM_BIASED_LOCK_H
 

@@ -121,6 +121,20 @@ TEST_F(FreeBlocks, AreForgottenWhenCleared) {
   EXPECT_EQ(free.takeBestFit(0), nullptr);
 }
 
+// The neighbours of a block that is freed after a clearing are forgotten ones, and merged with it.
+TEST_F(FreeBlocks, LoseNothingWhenForgottenBlocksAreRemoved) {
+  for (int victim = 0; victim < 3; ++victim) {
+    const auto forgotten = add(64, 3);
+    free.clear();
+    FreeBlock* const listed = add(64, 1)[0];
+    free.remove(forgotten[static_cast<size_t>(victim)]);
+    FreeBlock* const later = add(64, 1)[0];
+    EXPECT_EQ(free.takeBestFit(64), later) << "victim " << victim;
+    EXPECT_EQ(free.takeBestFit(64), listed) << "victim " << victim;
+    EXPECT_EQ(free.takeBestFit(64), nullptr) << "victim " << victim;
+  }
+}
+
 TEST_F(FreeBlocks, AgreeWithAModelThroughRandomUse) {
   zeb_test::forEachSeed([&](zeb_test::Random& random) {
     free.clear();

@@ -76,6 +76,16 @@ TEST(Library, GivesTheHostsMemoryBackBeforeItStops) {
   EXPECT_EQ(blocks, 0U);
 }
 
+TEST(Library, RefusesAnAllocatorThatIsNotWhole) {
+  EXPECT_THROW((void)sdk::Library::load(ZEB_LIBRARY_PATH, {.objAlloc = &countedAlloc,
+                                                           .objRealloc = &countedRealloc,
+                                                           .objFree = &countedFree}),
+               sdk::StartFailure);
+  EXPECT_THROW((void)sdk::Library::load(ZEB_LIBRARY_PATH, {.pageFree = &countedFree}),
+               sdk::StartFailure);
+  EXPECT_EQ(sdk::tryProcs<sdk::Strings>(), nullptr);
+}
+
 TEST(Library, IsRefusedWhileAnotherHostsAllocatorsServe) {
   const sdk::Library first = sdk::Library::load(ZEB_LIBRARY_PATH, {.objAlloc = &countedAlloc,
                                                                    .objRealloc = &countedRealloc,

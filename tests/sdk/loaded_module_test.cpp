@@ -5,6 +5,7 @@
 
 #include <fstream>
 #include <optional>
+#include <vector>
 
 #include "sdk/module_files.h"
 #include "sdk/modules/greeting.hpp"
@@ -105,6 +106,20 @@ TEST_F(LoadedModule, StopsOnce) {
     moved.stop();
   }
   EXPECT_EQ(timesEnded(), before + 1);
+}
+
+TEST_F(LoadedModule, MakesRoomForAnotherOne) {
+  const auto started = [this](const char* file) {
+    return sdk::LoadedModule(moduleFile(file), library.find(), {.unload = kUnload});
+  };
+  std::vector<sdk::LoadedModule> modules;
+  modules.push_back(started("greeter"));
+  ASSERT_NE(sdk::tryProcs<Greeting>(), nullptr);
+  modules[0] = started("other_greeter");
+  EXPECT_EQ(sdk::tryProcs<Greeting>(), nullptr) << "the greeter was stopped";
+  modules.push_back(started("greeter"));
+  modules.erase(modules.begin());
+  EXPECT_NE(sdk::tryProcs<Greeting>(), nullptr) << "the greeter goes on";
 }
 
 // The file is this test's alone: where others have it stay, it cannot go.

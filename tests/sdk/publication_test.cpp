@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <barrier>
 #include <stdexcept>
+#include <thread>
 
 #include "sdk/started.h"
 
@@ -60,6 +62,25 @@ TEST_F(Publishing, PutsTheSignatureBesideEachProc) {
       library.find()("ShoutsInterface", "Shout", "ShoutProc#signature"));
   ASSERT_NE(text, nullptr);
   EXPECT_STREQ(text(), "*ZEBErrorObject(i32)");
+}
+
+TEST_F(Publishing, LetsNobodyFindAProcBeforeItsSignature) {
+  const auto isThere = [this](const char* name) {
+    return library.find()("ShoutsInterface", "Shout", name) != nullptr;
+  };
+  for (int round = 0; round < 100; ++round) {
+    bool unguarded = false;
+    std::barrier begin(2);
+    std::thread looking([&] {
+      begin.arrive_and_wait();
+      while (!isThere("ShoutProc")) std::this_thread::yield();
+      unguarded = !isThere("ShoutProc#signature");
+    });
+    begin.arrive_and_wait();
+    const sdk::Publication<Shouts> published(shouting());
+    looking.join();
+    ASSERT_FALSE(unguarded);
+  }
 }
 
 TEST_F(Publishing, LeavesAnotherPublisherAlone) {

@@ -37,8 +37,9 @@ def shown(text):
         code = ord(character)
         if 0xDC80 <= code <= 0xDCFF:
             out += f"\\x{code - 0xDC00:02x}"
-        elif code < 0x20 or code == 0x7F:
-            out += f"\\x{code:02x}"
+        elif code < 0x20 or 0x7F <= code < 0xA0 or 0x202A <= code <= 0x202E or (
+                0x2066 <= code <= 0x2069):
+            out += "".join(f"\\x{byte:02x}" for byte in character.encode())
         else:
             out += "\\\\" if character == "\\" else character
     return out
@@ -277,15 +278,28 @@ class ZebinfoTest(unittest.TestCase):
             "TestGuardedProc": ("void(i32)", None),
             "TestGuardedProc#signature": (None, "TestGuardedProc"),
             "TestSilentProc": (None, None),
-            "TestSilentProc#signature": (None, "TestSilentProc"),
+            "TestSilentProc#signature": (None, None),
             "TestNullProc": (None, None),
-            "TestLonelyProc#signature": (None, None),
+            "TestLonelyProc#signature": ("void(i32)", None),
+            "TestLonelyProc#signature#signature": (None, "TestLonelyProc#signature"),
         })
         listed = [row["proc"] for row in sections(
             self.succeed("--module", module("replacing")))["Procs"]
             if row["interface"] == "TestInterface"]
         self.assertEqual(listed, ["TestGuardedProc", "TestLonelyProc#signature", "TestNullProc",
-                                  "TestSilentProc"])
+                                  "TestNullProc#signature", "TestSilentProc",
+                                  "TestSilentProc#signature"])
+
+    def test_does_not_take_a_strangers_text_for_a_procs_signature(self):
+        rows = {row["proc"]: row for row in sections(
+            self.succeed("--module", module("replacing")))["Procs"]
+            if row["interface"] == "ZEBStringInterface" and row["method"] == "AddRef"}
+        self.assertEqual(rows["ZEBAddRefStringAtomProc"]["signature"], "")
+        self.assertIn("replacing", rows["ZEBAddRefStringAtomProc#signature"]["published by"])
+
+    def test_prints_nothing_that_commands_a_terminal(self):
+        table = self.succeed("--module", module("replacing"))
+        self.assertRegex(table, r"TestControls +\\xc2\\x9b\[2J +\\xe2\\x80\\xae ")
 
     def test_prints_no_control_characters(self):
         table = self.succeed("--module", module("publishing"))

@@ -35,9 +35,9 @@ struct ProcRow {
   Name interfaceName;
   Name methodName;
   Name procName;
-  uint64_t address;
+  uint64_t address = 0;
   std::optional<std::string> file;  // nothing: in no loaded file
-  uint64_t fileOffset;
+  uint64_t fileOffset = 0;
   Standing standing = Standing::foreign;
   const zeb::sdk::description::Proc* described = nullptr;
   // The text that was published beside it, see zeb/sdk/signature.hpp.

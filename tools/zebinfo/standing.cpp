@@ -80,9 +80,10 @@ void findPublishedSignatures(std::vector<ProcRow>& procs) {
     const std::string name =
         text.procName->substr(0, text.procName->size() - kSignatureSuffix.size());
     ProcRow* proc = find(procs, text, name);
-    if (proc == nullptr) continue;
-    text.signatureOf = name;
+    // What another file says of the proc is that file's, and a row of its own.
+    if (proc == nullptr || proc->signatureOf || proc->file != text.file) continue;
     proc->publishedSignature = askedFor(text);
+    if (proc->publishedSignature) text.signatureOf = name;
   }
 }
 

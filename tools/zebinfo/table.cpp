@@ -22,14 +22,18 @@ std::string Table::text() const {
 
 std::size_t Table::width(std::size_t column) const {
   std::size_t widest = 0;
-  for (const Row& row : rows_) widest = std::max(widest, characters(row[column]));
+  for (const Row& row : rows_) {
+    const std::size_t cell = characters(row[column]);
+    if (cell <= kWidestColumn) widest = std::max(widest, cell);
+  }
   return widest;
 }
 
 std::string Table::line(const Row& row, const std::vector<std::size_t>& widths) const {
   std::string out;
   for (std::size_t i = 0; i < row.size(); ++i) {
-    const std::string gap(widths[i] - characters(row[i]), ' ');
+    const std::size_t cell = characters(row[i]);
+    const std::string gap(cell < widths[i] ? widths[i] - cell : 0, ' ');
     const bool right = columns_[i].align == Align::right;
     if (i > 0) out += "  ";
     out += right ? gap + row[i] : row[i] + gap;

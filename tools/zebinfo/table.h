@@ -8,9 +8,12 @@
 
 namespace zebinfo {
 
-// Columns as wide as their widest cell, two spaces apart. Numbers stand at the right.
+// Columns as wide as their widest cell, two spaces apart. Numbers stand at the right. A cell of
+// more than kWidestColumn characters stands out of line, lest every row be as long.
 class Table {
  public:
+  static constexpr std::size_t kWidestColumn = 200;
+
   enum class Align { left, right };
   struct Column {
     std::string_view title;

@@ -32,19 +32,32 @@ std::size_t sequenceLength(std::string_view text) {
   return 4;
 }
 
+// Whether the well-formed sequence at the beginning of the text is one that a terminal obeys
+// instead of showing: U+0080 to U+009F, and the controls that turn the direction of what follows.
+bool commandsTerminal(std::string_view text) {
+  const unsigned first = byteAt(text, 0);
+  const unsigned second = byteAt(text, 1);
+  const unsigned third = byteAt(text, 2);
+  if (first == 0xC2) return second < 0xA0;
+  if (first != 0xE2) return false;
+  const bool overrides = second == 0x80 && third >= 0xAA && third <= 0xAE;  // U+202A to U+202E
+  const bool isolates = second == 0x81 && third >= 0xA6 && third <= 0xA9;   // U+2066 to U+2069
+  return overrides || isolates;
+}
+
 // Copies what is printable and hands `escape(out, byte)` the rest.
 template <class NeedsEscape, class Escape>
 std::string escaped(std::string_view text, NeedsEscape needsEscape, Escape escape) {
   std::string out;
   while (!text.empty()) {
-    const unsigned byte = byteAt(text, 0);
     const std::size_t length = sequenceLength(text);
-    if (length == 0 || needsEscape(byte)) {
-      out += escape(byte);
+    const std::string_view sequence = text.substr(0, std::max<std::size_t>(length, 1));
+    if (length == 0 || needsEscape(sequence)) {
+      for (std::size_t i = 0; i < sequence.size(); ++i) out += escape(byteAt(sequence, i));
     } else {
-      out += text.substr(0, length);
+      out += sequence;
     }
-    text.remove_prefix(std::max<std::size_t>(length, 1));
+    text.remove_prefix(sequence.size());
   }
   return out;
 }
@@ -53,7 +66,11 @@ std::string escaped(std::string_view text, NeedsEscape needsEscape, Escape escap
 
 std::string printable(std::string_view text) {
   return escaped(
-      text, [](unsigned byte) { return byte < 0x20 || byte == 0x7F || byte == '\\'; },
+      text,
+      [](std::string_view sequence) {
+        const unsigned byte = byteAt(sequence, 0);
+        return byte < 0x20 || byte == 0x7F || byte == '\\' || commandsTerminal(sequence);
+      },
       [](unsigned byte) {
         return byte == '\\' ? std::string("\\\\") : fmt::format("\\x{:02x}", byte);
       });
@@ -61,7 +78,11 @@ std::string printable(std::string_view text) {
 
 std::string jsonQuoted(std::string_view text) {
   const std::string inside = escaped(
-      text, [](unsigned byte) { return byte < 0x20 || byte == '"' || byte == '\\'; },
+      text,
+      [](std::string_view sequence) {
+        const unsigned byte = byteAt(sequence, 0);
+        return byte < 0x20 || byte == '"' || byte == '\\';
+      },
       [](unsigned byte) {
         if (byte == '"' || byte == '\\') return fmt::format("\\{}", static_cast<char>(byte));
         return fmt::format("\\u{:04x}", byte < 0x80 ? byte : 0xDC00 + byte);

@@ -3,9 +3,10 @@
 //   procs<Strings>().NewStringAtom("hello")     required: throws MissingInterface, which says why
 //   if (auto* cache = tryProcs<Cache>()) ...    optional: silent
 //
-// Both cost one load and compare while nothing was unregistered, and both may be called by any
-// thread of an attached module. What they return stays readable until the module detaches; what it
-// points at is current at the moment of the call, as with any look-up.
+// Both cost one load and compare while the interface is there and nothing was unregistered; one
+// that is missing is looked for each time. Both may be called by any thread of an attached module.
+// What they return stays readable until the module detaches; what it points at is current at the
+// moment of the call, as with any look-up.
 #ifndef ZEB_SDK_BINDING_HPP
 #define ZEB_SDK_BINDING_HPP
 

@@ -19,10 +19,10 @@ namespace zeb::sdk {
 
 // What a host chooses when it starts the library; see ZEBInitialize4 in exports.h.
 struct StartOptions {
-  // Where pages come from; both, or malloc and free.
+  // Where pages come from; none: malloc and free. One of the two alone is refused.
   ZEBPageAlloc pageAlloc = nullptr;
   ZEBPageFree pageFree = nullptr;  // where they go
-  // Where every object comes from: all four, or none of them counts.
+  // Where every object comes from: all four or none; less than four are refused.
   ZEBObjAlloc objAlloc = nullptr;
   ZEBObjRealloc objRealloc = nullptr;  // changes a block's size
   ZEBObjFree objFree = nullptr;        // takes a block back
@@ -80,7 +80,9 @@ class Library {
     if (const auto* cache = tryProcs<Cache>()) cache->PurgeAllStaticCaches(nullptr);
     stopClient();
     find_ = nullptr;
-    return std::exchange(stop_, nullptr)();
+    const uint32_t count = std::exchange(stop_, nullptr)();
+    detail::hostReport.store(nullptr, std::memory_order_release);
+    return count;
   }
 
  private:
@@ -88,6 +90,20 @@ class Library {
     ZEBInitialize4Function start;
     ZEBTerminateFunction stop;
   };
+
+  // The library takes the procs of an allocator that is not whole for none.
+  static void requireWholeAllocators(const StartOptions& options) {
+    const auto isWhole = [](auto... procs) {
+      const std::size_t given = (std::size_t{procs != nullptr} + ...);
+      return given == 0 || given == sizeof...(procs);
+    };
+    if (!isWhole(options.pageAlloc, options.pageFree)) {
+      throw StartFailure("one of the two page procs of the host is missing");
+    }
+    if (!isWhole(options.objAlloc, options.objRealloc, options.objFree, options.objSize)) {
+      throw StartFailure("one of the four object procs of the host is missing");
+    }
+  }
 
   static SharedObject loaded(const std::string& path) {
     try {
@@ -99,17 +115,20 @@ class Library {
 
   Library(const Exports& exports, const StartOptions& options) : stop_(exports.stop) {
     if (thisModule.started) throw StartFailure("this host has started the library already");
+    requireWholeAllocators(options);
     detail::hostReport.store(options.errorReport, std::memory_order_release);
     find_ =
         exports.start(options.pageAlloc, options.pageFree, options.objAlloc, options.objRealloc,
                       options.objFree, options.objSize, &detail::reportToHost, options.purgeRequest,
                       options.flags, options.unregisterCountStart, options.hostValue);
     if (find_ == nullptr) {
+      detail::hostReport.store(nullptr, std::memory_order_release);
       throw StartFailure(
           "libzeb refused to start: it runs with another host's allocators, or memory is short");
     }
     if (!startClient(find_)) {
       stop_();
+      detail::hostReport.store(nullptr, std::memory_order_release);
       throw StartFailure("an object of the host could not be initialised");
     }
   }

@@ -79,7 +79,14 @@ class LoadedModule {
   // The other one has no module afterwards.
   LoadedModule(LoadedModule&& other) noexcept
       : file_(std::move(other.file_)), stop_(std::exchange(other.stop_, nullptr)) {}
-  LoadedModule& operator=(LoadedModule&&) = delete;
+  // The module that was here is stopped first.
+  LoadedModule& operator=(LoadedModule&& other) noexcept {
+    if (this == &other) return *this;
+    stop();
+    file_ = std::move(other.file_);
+    stop_ = std::exchange(other.stop_, nullptr);
+    return *this;
+  }
   ~LoadedModule() { stop(); }
 
   // Stops the module before the end of the scope, and unloads it if that was chosen. Does nothing

@@ -91,10 +91,13 @@ class Publication {
       throw Failure(Error::make(message.c_str(), I::kName, 0));
     });
     try {
-      I::forEachProc(published, [this]<class Proc>(const ZEBProcRequest& request, Proc proc) {
-        add(request.methodName, request.procName, reinterpret_cast<ZEBProc>(proc));
+      // The texts first: whoever finds a proc finds its signature as well.
+      I::forEachProc(published, [this]<class Proc>(const ZEBProcRequest& request, Proc /*proc*/) {
         add(request.methodName, detail::signatureName(request).c_str(),
             reinterpret_cast<ZEBProc>(&signatureText<Proc>));
+      });
+      I::forEachProc(published, [this](const ZEBProcRequest& request, auto proc) {
+        add(request.methodName, request.procName, reinterpret_cast<ZEBProc>(proc));
       });
     } catch (...) {
       withdraw();

@@ -58,7 +58,14 @@ class SharedObject {
   // The other one has no file afterwards.
   SharedObject(SharedObject&& other) noexcept
       : handle_(std::exchange(other.handle_, nullptr)), unload_(other.unload_) {}
-  SharedObject& operator=(SharedObject&&) = delete;
+  // The file that was here is let go first.
+  SharedObject& operator=(SharedObject&& other) noexcept {
+    if (this == &other) return *this;
+    close();
+    handle_ = std::exchange(other.handle_, nullptr);
+    unload_ = other.unload_;
+    return *this;
+  }
   ~SharedObject() { close(); }
 
   // The function that the file exports under this name; null when there is none, or no file. The

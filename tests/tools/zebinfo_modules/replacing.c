@@ -29,10 +29,15 @@ int32_t MODULE_START(ZEBGetProcAddress getProcAddress) {
          publishText("Silent", "TestSilentProc#signature", NoSignature) &&
          publish(OWN, "Null", "TestNullProc") &&
          publishText("Null", "TestNullProc#signature", NULL) &&
-         publishText("Lonely", "TestLonelyProc#signature", Signature);
+         publishText("Lonely", "TestLonelyProc#signature", Signature) &&
+         publishText("Lonely", "TestLonelyProc#signature#signature", Signature) &&
+         publish("TestControls", "\xc2\x9b[2J", "\xe2\x80\xae") &&
+         frame.RegisterProcAddress(ZEB_STRING_INTERFACE, "AddRef",
+                                   "ZEBAddRefStringAtomProc#signature", (ZEBProc)Signature);
 }
 
 void MODULE_STOP(void) {
   frame.UnregisterInterface(ZEB_PROGRESS_INTERFACE);
   frame.UnregisterInterface(OWN);
+  frame.UnregisterInterface("TestControls");
 }
