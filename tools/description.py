@@ -80,7 +80,8 @@ def type_text(description, c_type):
     if "(*)" in c_type:
         result, arguments = c_type.split("(*)")
         types = [part.strip() for part in arguments.strip()[1:-1].split(",")]
-        return "*" + function_text(description, result, [] if types == ["void"] else types)
+        called = function_text(description, result, [] if types == ["void"] else types)
+        return f"*({called})"
     if c_type.endswith("*"):
         return "*" + type_text(description, c_type[:-1])
     if c_type.endswith("*const"):
@@ -88,10 +89,10 @@ def type_text(description, c_type):
     if c_type.startswith("const "):
         return "const " + type_text(description, c_type[len("const "):])
     if c_type == "ZEBProc":
-        return "*void()"
+        return "*(void())"
     called = description.procedures.get(c_type)
     if called is not None:
-        return "*" + signature_text(description, called)
+        return "*(" + signature_text(description, called) + ")"
     return FUNDAMENTAL.get(c_type, c_type)
 
 

@@ -1,6 +1,7 @@
 // Owners, errors and results.
 #include <gmock/gmock.h>
 
+#include <optional>
 #include <stdexcept>
 
 #include "sdk/started.h"
@@ -176,6 +177,49 @@ TEST_F(Owners, FullComponentFindsItsMethod) {
     EXPECT_EQ(component.method<ZEBProc>(sdk::Atom("No"), sdk::Atom("NoProc")), nullptr);
   }
   EXPECT_EQ(ended, 1);
+}
+
+TEST_F(Owners, FailureTellsItsReasonAfterTheStop) {
+  std::optional<sdk::Failure> kept;
+  try {
+    throw sdk::Failure(sdk::Error::make("it broke", "Owners", 7));
+  } catch (const sdk::Failure& failure) {
+    kept = failure;
+  }
+  count = library.stop();
+  reports.clear();
+  sdk::Failure copy = *kept;
+  EXPECT_STREQ(copy.what(), "it broke");
+  // Any later start can give the error back.
+  sdk::Library again = sdk::Library::load(ZEB_LIBRARY_PATH, {.unregisterCountStart = count});
+  EXPECT_STREQ(kept->what(), "it broke");
+  copy = sdk::Failure(sdk::Error());
+  kept.reset();
+  count = again.stop();
+}
+
+TEST_F(Owners, ValueOfAFailedResultThrowsEachTime) {
+  sdk::Result<int> result(sdk::Error::make("it broke", "Owners", 7));
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_THROW((void)result.value(), sdk::Failure);
+    EXPECT_EQ(result.error().message(), "it broke");
+  }
+}
+
+TEST_F(Owners, ExceptionNeverBecomesSuccess) {
+  const auto answerTo = [](auto exception) {
+    try {
+      throw exception;
+    } catch (...) {
+      return sdk::Error(sdk::currentExceptionAsError());
+    }
+  };
+  EXPECT_EQ(answerTo(sdk::Failure(sdk::Error())).message(), "Unknown Kesto Error");
+  zeb::sdk::detach();
+  sdk::Error detached = answerTo(std::runtime_error("nobody can be told"));
+  ASSERT_TRUE(detached);
+  ASSERT_TRUE(zeb::sdk::attach(library.find()));
+  EXPECT_EQ(detached.message(), "Unknown Kesto Error");
 }
 
 }  // namespace

@@ -3,9 +3,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstring>
+#include <optional>
+#include <stdexcept>
 #include <string>
 
 #include "sdk/started.h"
+#include "zeb/sdk/client_stream.hpp"
 
 namespace {
 
@@ -98,6 +103,87 @@ TEST_F(Streams, IostreamTellsWhatFailed) {
   stream << "more" << std::flush;
   EXPECT_FALSE(stream.good());
   EXPECT_EQ(stream.lastError().message(), "Attempt to write read-only stream");
+}
+
+// A medium without a position: what is read has nothing to do with what is written.
+struct Line {
+  uint64_t read(std::span<std::byte> room) {
+    if (broken) throw std::runtime_error("the line is dead");
+    const uint64_t count = std::min<uint64_t>(room.size(), incoming.size());
+    std::memcpy(room.data(), incoming.data(), count);
+    incoming.erase(0, count);
+    return count + surplus;
+  }
+  void write(std::span<const std::byte> bytes) {
+    outgoing->append(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+  }
+  std::string incoming = {};
+  std::string* outgoing;
+  bool broken = false;
+  uint64_t surplus = 0;
+};
+
+TEST_F(Streams, IostreamAnswersOnALineWithoutLosingWhatCameIn) {
+  std::string sent;
+  sdk::IOStream stream(
+      sdk::streamOver(std::make_unique<Line>(Line{.incoming = "one\ntwo\n", .outgoing = &sent})));
+  std::string line;
+  std::getline(stream, line);
+  EXPECT_EQ(line, "one");
+  EXPECT_EQ(stream.tellg(), std::streampos(-1));
+  stream << "answer" << std::flush;
+  EXPECT_EQ(sent, "answer");
+  std::getline(stream, line);
+  EXPECT_EQ(line, "two");
+}
+
+TEST_F(Streams, AskingForThePositionKeepsWhatWasReadAhead) {
+  sdk::IOStream stream(sdk::Stream::memory());
+  stream << "one\ntwo\n";
+  EXPECT_EQ(stream.tellp(), std::streampos(8));
+  stream.seekg(0);
+  std::string line;
+  std::getline(stream, line);
+  EXPECT_EQ(stream.tellg(), std::streampos(4));
+  EXPECT_EQ(stream.stream().position(), 8U) << "nothing was given back";
+  std::getline(stream, line);
+  EXPECT_EQ(line, "two");
+}
+
+TEST_F(Streams, FailedReadIsNotTheEnd) {
+  std::string sent;
+  sdk::IOStream stream(
+      sdk::streamOver(std::make_unique<Line>(Line{.outgoing = &sent, .broken = true})));
+  EXPECT_EQ(stream.get(), std::char_traits<char>::eof());
+  EXPECT_TRUE(stream.bad());
+  EXPECT_EQ(stream.lastError().message(), "the line is dead");
+  stream.clear();
+  stream.exceptions(std::ios::badbit);
+  EXPECT_THROW((void)stream.get(), sdk::Failure);
+}
+
+TEST_F(Streams, MediumThatReadsTooMuchIsRefused) {
+  std::string sent;
+  const sdk::Stream stream =
+      sdk::streamOver(std::make_unique<Line>(Line{.outgoing = &sent, .surplus = 5}));
+  std::array<std::byte, 4> room{};
+  EXPECT_THROW((void)stream.read(room), sdk::Failure);
+}
+
+TEST_F(Streams, WhatIsLeftWhenTheLibraryStopsIsLostQuietly) {
+  std::string sent;
+  std::optional<sdk::IOStream> stream(
+      sdk::streamOver(std::make_unique<Line>(Line{.outgoing = &sent})));
+  *stream << "pending";
+  ZEBContainer* const left = stream->stream().get();
+  count = library.stop();
+  stream.reset();
+  EXPECT_EQ(sent, "");
+  reports.clear();
+  // Any later start can give the stream back.
+  sdk::Library again = sdk::Library::load(ZEB_LIBRARY_PATH, {.unregisterCountStart = count});
+  sdk::procs<sdk::Containers>().Release(left);
+  count = again.stop();
 }
 
 }  // namespace

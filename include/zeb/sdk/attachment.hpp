@@ -45,6 +45,9 @@ class Attachment {
     const std::scoped_lock guard(lock_);
     forgetAll();
     counter_.store(counterAddress(), std::memory_order_release);
+    coreError_.store(reinterpret_cast<ZEBGetCoreErrorProc>(
+                         found(ZEB_ERROR_INTERFACE, "GetCoreError", "ZEBGetCoreErrorProc")),
+                     std::memory_order_release);
     find_.store(found, std::memory_order_release);
     return true;
   }
@@ -61,6 +64,12 @@ class Attachment {
 
   [[nodiscard]] uint32_t* counter() const noexcept {
     return counter_.load(std::memory_order_acquire);
+  }
+
+  // Where standard errors come from; kept when the module detaches. Whoever still calls into the
+  // module then is the library's own code, or holds it.
+  [[nodiscard]] ZEBGetCoreErrorProc coreError() const noexcept {
+    return coreError_.load(std::memory_order_acquire);
   }
 
   // Held while a binding fetches, so that it cannot keep what a detachment has made stale.
@@ -83,6 +92,7 @@ class Attachment {
 
   std::atomic<ZEBGetProcAddress> find_ = nullptr;
   std::atomic<uint32_t*> counter_ = nullptr;
+  std::atomic<ZEBGetCoreErrorProc> coreError_ = nullptr;
   std::mutex lock_;
   Forgettable* first_ = nullptr;
 };

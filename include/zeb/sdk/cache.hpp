@@ -33,7 +33,8 @@ struct CacheSetCounting {
 
 // Results of one kind under keys. Any thread may call anything; makers run without a lock, and when
 // two threads make the same result at once, the first one's is kept by both. After a move only the
-// new set may be used. What is pinned lives on when its set goes, until its Pinned ends.
+// new set may be used. Less must not throw. What is pinned lives on when its set goes, until its
+// Pinned ends.
 template <class Key, class Value, class Less = std::less<Key>>
 class CacheSet : private Owner<detail::CacheSetCounting> {
  public:

@@ -58,8 +58,11 @@ struct MediumProcs {
   }
 
   static ZEBErrorObject* read(void* context, uint64_t* count, void* buffer, uint64_t size) {
-    return guard(
-        [&] { *count = of(context).read(std::span(static_cast<std::byte*>(buffer), size)); });
+    return guard([&] {
+      const uint64_t answered = of(context).read(std::span(static_cast<std::byte*>(buffer), size));
+      if (answered > size) throw std::length_error("a medium has read more than it was asked for");
+      *count = answered;
+    });
   }
   static ZEBErrorObject* write(void* context, const void* buffer, uint64_t size) {
     return guard(
@@ -71,6 +74,7 @@ struct MediumProcs {
   static ZEBErrorObject* independent(void* context, void** created) {
     return guard([&] {
       std::unique_ptr<T> medium = of(context).independent();
+      if (medium == nullptr) throw std::logic_error("a medium has no independent one");
       *created = medium.release();
     });
   }

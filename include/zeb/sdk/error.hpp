@@ -6,6 +6,7 @@
 #define ZEB_SDK_ERROR_HPP
 
 #include <exception>
+#include <memory>
 #include <new>
 #include <string>
 #include <string_view>
@@ -52,28 +53,35 @@ class Error : public Owner<detail::Counted<ZEBErrorObject, Errors>> {
   }
 };
 
-// An Error on its way through C++.
+// An Error on its way through C++. Its text outlives the library, so that a handler behind the
+// library's stop still learns what happened.
 class Failure : public std::exception {
  public:
-  // Carries the error.
-  explicit Failure(Error error) : error_(std::move(error)) {}
-  Failure(const Failure& other) : std::exception(other), error_(other.error_.share()) {}
-  Failure& operator=(const Failure&) = delete;
+  // Takes the error over.
+  explicit Failure(Error error) : shared_(std::make_shared<const Shared>(std::move(error))) {}
 
-  // The error; it lives as long as the Failure.
-  [[nodiscard]] const Error& error() const noexcept { return error_; }
+  // The error; it lives as long as this Failure and its copies.
+  [[nodiscard]] const Error& error() const noexcept { return shared_->error; }
   // The error's message.
-  [[nodiscard]] const char* what() const noexcept override {
-    try {
-      const std::string_view message = error_.message();
-      return message.data();  // an atom's text, zero-terminated
-    } catch (...) {
-      return "the library is gone";
-    }
-  }
+  [[nodiscard]] const char* what() const noexcept override { return shared_->text.c_str(); }
 
  private:
-  Error error_;
+  struct Shared {
+    explicit Shared(Error owned) : error(std::move(owned)), text(textOf(error)) {}
+
+    static std::string textOf(const Error& error) {
+      try {
+        return std::string(error.message());
+      } catch (const MissingInterface&) {
+        return "the library is gone";
+      }
+    }
+
+    Error error;
+    std::string text;
+  };
+
+  std::shared_ptr<const Shared> shared_;
 };
 
 // What a proc answered: nothing happens on success, and anything else is thrown as Failure.
@@ -117,7 +125,7 @@ class [[nodiscard]] Result {
  private:
   void check() {
     if (!ok()) [[unlikely]]
-      throw Failure(std::move(*std::get_if<1>(&held_)));
+      throw Failure(std::get_if<1>(&held_)->share());
   }
 
   std::variant<T, Error> held_;
@@ -140,7 +148,7 @@ class [[nodiscard]] Result<void> {
   // Throws the error as Failure when there is one.
   void value() {
     if (!ok()) [[unlikely]]
-      throw Failure(std::move(error_));
+      throw Failure(error_.share());
   }
   // Only when not ok().
   [[nodiscard]] const Error& error() const noexcept { return error_; }
@@ -149,24 +157,39 @@ class [[nodiscard]] Result<void> {
   Error error_;
 };
 
+namespace detail {
+
+// The standard error that stands for one that cannot be told. Null only for a module that has never
+// been attached.
+inline ZEBErrorObject* standardError(int32_t id) noexcept {
+  const ZEBGetCoreErrorProc find = attachment.coreError();
+  return find != nullptr ? find(id) : nullptr;
+}
+
+}  // namespace detail
+
 // Inside a catch block: the current exception as an error handle of which the caller owns one
 // reference, for procs that answer with one. A Failure gives its own error; another exception
-// becomes a new error with its text and `component`.
+// becomes a new error with its text and `component`. What cannot be told, because memory is short
+// or the module is detached by now, becomes a standard error: never null, which would mean success.
 [[nodiscard]] inline ZEBErrorObject* currentExceptionAsError(
     const char* component = "C++") noexcept {
   const auto* errors = tryProcs<Errors>();
-  if (errors == nullptr) return nullptr;
+  if (errors == nullptr) return detail::standardError(ZEB_ERROR_UNKNOWN);
   try {
     throw;
   } catch (const Failure& failure) {
-    errors->AddRef(failure.error().get());
-    return failure.error().get();
+    ZEBErrorObject* error = failure.error().get();
+    if (error == nullptr) return detail::standardError(ZEB_ERROR_UNKNOWN);
+    errors->AddRef(error);
+    return error;
   } catch (const std::bad_alloc&) {
-    return errors->GetCoreError(ZEB_ERROR_OUT_OF_MEMORY);
+    return detail::standardError(ZEB_ERROR_OUT_OF_MEMORY);
   } catch (const std::exception& failure) {
-    return errors->NewError(failure.what(), component, 0, nullptr, nullptr);
+    ZEBErrorObject* error = errors->NewError(failure.what(), component, 0, nullptr, nullptr);
+    return error != nullptr ? error : detail::standardError(ZEB_ERROR_OUT_OF_MEMORY);
   } catch (...) {
-    return errors->GetCoreError(ZEB_ERROR_UNKNOWN);
+    return detail::standardError(ZEB_ERROR_UNKNOWN);
   }
 }
 

@@ -17,6 +17,8 @@
 
 namespace zeb::sdk {
 
+// A Library is no static object: at the end of the process the library's own would be gone first.
+
 // What a host chooses when it starts the library; see ZEBInitialize4 in exports.h.
 struct StartOptions {
   // Where pages come from; none: malloc and free. One of the two alone is refused.

@@ -79,16 +79,16 @@ template <auto Function>
 template <Interface I>
 class Publication {
  public:
-  // Throws Failure when a name is taken already, std::bad_alloc when memory is short, and
-  // MissingInterface when this module is not attached; nothing is published then, and what was
-  // there under the name is as it was.
+  // Throws Failure when a name is taken already or a function is missing, std::bad_alloc when
+  // memory is short, and MissingInterface when this module is not attached; nothing is published
+  // then, and what was there under the name is as it was.
   explicit Publication(const typename I::Procs& published) {
     (void)procs<Frame>();
-    I::forEachProc(published, [](const ZEBProcRequest& request, auto /*proc*/) {
-      if (lookUp()(I::kName, request.methodName, request.procName) == nullptr) return;
-      const std::string message =
-          detail::fullName(I::kName, request) + " is published by somebody else";
-      throw Failure(Error::make(message.c_str(), I::kName, 0));
+    I::forEachProc(published, [](const ZEBProcRequest& request, auto proc) {
+      if (proc == nullptr) refuse(request, " has no function");
+      if (lookUp()(I::kName, request.methodName, request.procName) != nullptr) {
+        refuse(request, " is published by somebody else");
+      }
     });
     try {
       // The texts first: whoever finds a proc finds its signature as well.
@@ -98,6 +98,7 @@ class Publication {
       });
       I::forEachProc(published, [this](const ZEBProcRequest& request, auto proc) {
         add(request.methodName, request.procName, reinterpret_cast<ZEBProc>(proc));
+        if (first_ == nullptr) first_ = reinterpret_cast<ZEBProc>(proc);
       });
     } catch (...) {
       withdraw();
@@ -116,11 +117,20 @@ class Publication {
     published_ = true;
   }
 
-  void withdraw() noexcept {
-    const auto* frame = tryProcs<Frame>();
-    if (published_ && frame != nullptr) frame->UnregisterInterface(I::kName);
+  [[noreturn]] static void refuse(const ZEBProcRequest& request, const char* why) {
+    throw Failure(Error::make(detail::fullName(I::kName, request) + why, I::kName, 0));
   }
 
+  void withdraw() noexcept {
+    const auto* frame = tryProcs<Frame>();
+    if (!published_ || frame == nullptr) return;
+    // After a restart of the library the name may be somebody else's.
+    const ZEBProcRequest& request = I::kRequests.front();
+    const ZEBProc there = lookUp()(I::kName, request.methodName, request.procName);
+    if (first_ == nullptr || there == first_) frame->UnregisterInterface(I::kName);
+  }
+
+  ZEBProc first_ = nullptr;  // the first proc of the interface, once it is registered
   bool published_ = false;
 };
 

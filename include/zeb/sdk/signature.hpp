@@ -6,7 +6,9 @@
 // and refuses the interface when they differ. What was published without texts binds as ever.
 //
 // Fundamental types are told apart by kind, size and sign, so that the text is the same under every
-// compiler: "i32(*ZEBContainer,*const i8,u64)".
+// compiler: "i32(*ZEBContainer,*const i8,u64)". So it is with structs and enumerations of a plain
+// name, which count with their sizes where they are passed; the names of templates, local types and
+// those without a namespace's name differ between compilers, and do not belong into a proc.
 #ifndef ZEB_SDK_SIGNATURE_HPP
 #define ZEB_SDK_SIGNATURE_HPP
 
@@ -48,7 +50,9 @@ constexpr std::string_view typeName() {
 #if defined(__clang__) || defined(__GNUC__)
       __PRETTY_FUNCTION__;
   name.remove_prefix(name.find("T = ") + 4);
-  return name.substr(0, name.find_first_of(";]"));
+  // What g++ says of the result's type follows the name, and brackets may be in it.
+  const auto end = name.rfind("; std::string_view = ");
+  return name.substr(0, end != std::string_view::npos ? end : name.size() - 1);
 #else
       __FUNCSIG__;
   name.remove_prefix(name.find("typeName<") + 9);
@@ -59,11 +63,14 @@ constexpr std::string_view typeName() {
 }
 
 template <class Writer>
+constexpr void putNumber(Writer& writer, std::size_t number) {
+  if (number >= 10) putNumber(writer, number / 10);
+  writer.put(static_cast<char>('0' + number % 10));
+}
+
+template <class Writer>
 constexpr void putSize(Writer& writer, std::size_t bytes) {
-  const std::size_t bits = bytes * 8;
-  if (bits >= 100) writer.put(static_cast<char>('0' + bits / 100));
-  if (bits >= 10) writer.put(static_cast<char>('0' + bits / 10 % 10));
-  writer.put(static_cast<char>('0' + bits % 10));
+  putNumber(writer, bytes * 8);
 }
 
 template <class T>
@@ -75,7 +82,11 @@ struct TypeText {
       TypeText<std::remove_const_t<T>>::put(writer);
     } else if constexpr (std::is_void_v<T>) {
       writer.put("void");
-    } else if constexpr (std::is_enum_v<T> || std::is_class_v<T> || std::is_union_v<T>) {
+    } else if constexpr (std::is_enum_v<T>) {
+      writer.put(typeName<T>());
+      writer.put(':');
+      TypeText<std::underlying_type_t<T>>::put(writer);
+    } else if constexpr (std::is_class_v<T> || std::is_union_v<T>) {
       writer.put(typeName<T>());
     } else if constexpr (std::is_floating_point_v<T>) {
       writer.put('f');
@@ -95,18 +106,31 @@ struct TypeText<T*> {
   template <class Writer>
   static constexpr void put(Writer& writer) {
     writer.put('*');
+    // A pointer to a function that returns a pointer is not one to a pointer to a function.
+    if constexpr (std::is_function_v<T>) writer.put('(');
     TypeText<T>::put(writer);
+    if constexpr (std::is_function_v<T>) writer.put(')');
   }
 };
+
+// What is passed itself, and not by its address: a struct counts with its size.
+template <class T, class Writer>
+constexpr void putPassed(Writer& writer) {
+  TypeText<T>::put(writer);
+  if constexpr (std::is_class_v<T> || std::is_union_v<T>) {
+    writer.put(':');
+    putSize(writer, sizeof(T));
+  }
+}
 
 template <class Result, class... Arguments, bool NoThrow>
 struct TypeText<Result(Arguments...) noexcept(NoThrow)> {
   template <class Writer>
   static constexpr void put(Writer& writer) {
-    TypeText<Result>::put(writer);
+    putPassed<Result>(writer);
     writer.put('(');
     [[maybe_unused]] bool first = true;
-    ((first ? void() : writer.put(','), first = false, TypeText<Arguments>::put(writer)), ...);
+    ((first ? void() : writer.put(','), first = false, putPassed<Arguments>(writer)), ...);
     writer.put(')');
   }
 };

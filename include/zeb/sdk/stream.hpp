@@ -140,15 +140,24 @@ class Stream : public Owner<detail::Counted<ZEBContainer, Containers>> {
 };
 
 // A stream as a std::streambuf. It owns the stream, reads ahead, and keeps what is written until it
-// is full, synchronised, sought in or destroyed. Nothing is thrown: iostreams see failures as
-// failed operations, and lastError() tells what it was.
+// is full, synchronised, sought in or destroyed. Where the medium has no position, reading and
+// writing have nothing to do with each other.
+//
+// Iostreams see failures as failed operations, and lastError() tells what it was. A read that fails
+// throws Failure, of which a std::istream makes its badbit: it is not the end. What cannot be
+// written when the buffer is destroyed is lost, so flush before.
 class StreamBuffer : public std::streambuf {
  public:
   // Takes the stream over, at its position.
   explicit StreamBuffer(Stream stream) noexcept : stream_(std::move(stream)) {}
   StreamBuffer(const StreamBuffer&) = delete;
   StreamBuffer& operator=(const StreamBuffer&) = delete;
-  ~StreamBuffer() override { (void)writeOut(); }
+  ~StreamBuffer() override {
+    try {
+      (void)writeOut();
+    } catch (...) {  // the library has stopped
+    }
+  }
 
   // The stream; what was read ahead or not yet written out, it does not know of.
   [[nodiscard]] const Stream& stream() const noexcept { return stream_; }
@@ -160,7 +169,10 @@ class StreamBuffer : public std::streambuf {
     if (gptr() < egptr()) return traits_type::to_int_type(*gptr());
     if (!writeOut()) return traits_type::eof();
     Result<uint64_t> count = stream_.tryRead(std::as_writable_bytes(std::span(input_)));
-    if (!count) return fail(count);
+    if (!count) {
+      (void)fail(count);
+      throw Failure(count.error().share());
+    }
     setg(input_.data(), input_.data(), input_.data() + *count);
     return *count != 0 ? traits_type::to_int_type(*gptr()) : traits_type::eof();
   }
@@ -178,24 +190,17 @@ class StreamBuffer : public std::streambuf {
 
   pos_type seekoff(off_type offset, std::ios_base::seekdir direction,
                    std::ios_base::openmode /*which*/) override {
+    if (offset == 0 && direction == std::ios_base::cur) return tell();
     if (sync() != 0) return kFailed;
     const Origin origin = direction == std::ios_base::beg   ? Origin::beginning
                           : direction == std::ios_base::cur ? Origin::position
                                                             : Origin::end;
-    const bool asksOnly = direction == std::ios_base::cur && offset == 0;
-    if (!asksOnly) {
-      Result<void> moved = stream_.trySeek(offset, origin);
-      if (!moved) {
-        (void)fail(moved);
-        return kFailed;
-      }
-    }
-    Result<uint64_t> position = stream_.tryPosition();
-    if (!position) {
-      (void)fail(position);
+    Result<void> moved = stream_.trySeek(offset, origin);
+    if (!moved) {
+      (void)fail(moved);
       return kFailed;
     }
-    return static_cast<off_type>(*position);
+    return tell();
   }
 
   pos_type seekpos(pos_type position, std::ios_base::openmode which) override {
@@ -209,14 +214,30 @@ class StreamBuffer : public std::streambuf {
     return traits_type::eof();
   }
 
+  // Where the reader or the writer stands, with what is read ahead or not yet written out.
+  pos_type tell() {
+    Result<uint64_t> position = stream_.tryPosition();
+    if (!position) {
+      (void)fail(position);
+      return kFailed;
+    }
+    return static_cast<off_type>(*position) - (egptr() - gptr()) + (pptr() - pbase());
+  }
+
   // What was read ahead and not used goes back, so that the stream stands where the reader does.
+  // Where the medium has no position it stays, to be read.
   bool forgetReadAhead() {
     const off_type unused = egptr() - gptr();
+    if (unused != 0) {
+      Result<void> moved = stream_.trySeek(-unused, Origin::position);
+      if (!moved) {
+        if (!stream_.tryPosition()) return true;
+        (void)fail(moved);
+        return false;
+      }
+    }
     setg(nullptr, nullptr, nullptr);
-    if (unused == 0) return true;
-    Result<void> moved = stream_.trySeek(-unused, Origin::position);
-    if (!moved) (void)fail(moved);
-    return moved.ok();
+    return true;
   }
 
   bool writeOut() {
